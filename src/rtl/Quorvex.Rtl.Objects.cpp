@@ -1,0 +1,71 @@
+#include "Quorvex.Rtl.Objects.hpp"
+
+namespace Quorvex::Rtl::Objects {
+
+void Detail::RaiseBadGuid() { throw Exceptions::EConvertError(u"Invalid GUID text"); }
+
+UnicodeString TGUID::ToString() const {
+  using Strings::IntToHex;
+  UnicodeString text = u"{" + IntToHex(D1, 8) + u"-" + IntToHex(D2, 4) + u"-" + IntToHex(D3, 4) + u"-";
+  for (size_t i = 0; i < 8; ++i) {
+    if (i == 2) text += u"-";
+    text += IntToHex(D4[i], 2);
+  }
+  return text + u"}";
+}
+
+UnicodeString TClassInfo::QualifiedClassName() const {
+  if (FUnitName.empty()) return ClassName();
+  return UnicodeString(FUnitName) + u"." + UnicodeString(FClassName);
+}
+
+bool TClassInfo::InheritsFrom(TClass other) const {
+  for (TClass cls = this; cls != nullptr; cls = cls->FParent)
+    if (cls == other) return true;
+  return false;
+}
+
+TObject* TClassInfo::Create() const {
+  if (FFactory == nullptr) Exceptions::RaiseAbstractError();
+  return FFactory();
+}
+
+TObject::~TObject() = default;
+
+TClass TObject::StaticClass() {
+  static const TClassInfo info(u"TObject", u"Quorvex.Rtl.Objects", nullptr, Detail::DefaultFactory<TObject>());
+  return &info;
+}
+
+TClass TObject::ClassType() const { return StaticClass(); }
+
+void* TObject::FindInterface(const TGUID&) { return nullptr; }
+
+UnicodeString TObject::ToString() const { return ClassName(); }
+
+int32_t QueryInterfaceOf(TObject* self, IInterface* asInterface, const TGUID& iid, void** obj) {
+  void* found = self->FindInterface(iid);
+  *obj = found;
+  if (found == nullptr) return HResult::NoInterface;
+  asInterface->_AddRef();
+  return HResult::Ok;
+}
+
+int32_t TInterfacedObject::QueryInterface(const TGUID& iid, void** obj) { return QueryInterfaceOf(this, this, iid, obj); }
+
+int32_t TInterfacedObject::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+
+int32_t TInterfacedObject::_Release() {
+  const int32_t count = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+  if (count == 0) delete this;
+  return count;
+}
+
+void* TInterfacedObject::FindInterface(const TGUID& iid) {
+  if (iid == IInterface::IID) return static_cast<IInterface*>(this);
+  return inherited::FindInterface(iid);
+}
+
+TObject* ObjectOf(IInterface* intf) { return dynamic_cast<TObject*>(intf); }
+
+}  // namespace Quorvex::Rtl::Objects

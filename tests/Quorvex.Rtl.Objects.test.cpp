@@ -1,0 +1,244 @@
+#include "Quorvex.Rtl.Objects.hpp"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "Quorvex.Rtl.Checked.hpp"
+#include "Quorvex.Rtl.Exceptions.hpp"
+
+namespace Quorvex::Rtl::Objects {
+namespace {
+
+using Strings::UnicodeString;
+
+class IGreeter : public virtual IInterface {
+ public:
+  static constexpr TGUID IID = TGUID::Parse("{1407E475-A5E9-436B-A59B-CDCDA5027376}");
+  virtual UnicodeString Greet() = 0;
+};
+
+class ICounter : public virtual IInterface {
+ public:
+  static constexpr TGUID IID = TGUID::Parse("{6A1B2C3D-0000-4000-8000-00000000ABCD}");
+  virtual int Next() = 0;
+};
+
+class IUnused : public virtual IInterface {
+ public:
+  static constexpr TGUID IID = TGUID::Parse("{00000001-0002-0003-0405-060708090A0B}");
+};
+
+// Counts its own destructions so tests see exactly when it is freed.
+class TGreeter : public TInterfacedObject, public IGreeter {
+  QX_CLASS(TGreeter, TInterfacedObject, "Quorvex.Tests")
+  QX_INTERFACES(IGreeter)
+ public:
+  explicit TGreeter(int* destroyed = nullptr) : FDestroyed(destroyed) {}
+  ~TGreeter() override {
+    if (FDestroyed) ++*FDestroyed;
+  }
+  UnicodeString Greet() override { return u"hello"; }
+
+ private:
+  int* FDestroyed;
+};
+
+class TCountingGreeter : public TGreeter, public ICounter {
+  QX_CLASS(TCountingGreeter, TGreeter, "Quorvex.Tests.Sub")
+  QX_INTERFACES(ICounter)
+ public:
+  using TGreeter::TGreeter;
+  int Next() override { return ++FCount; }
+
+ private:
+  int FCount = 0;
+};
+
+class TAbstractThing : public TObject {
+  QX_CLASS(TAbstractThing, TObject, "Quorvex.Tests")
+ public:
+  virtual void Run() = 0;
+};
+
+TEST(RtlObjectsTest, GuidParsesAndPrints) {
+  constexpr TGUID guid = TGUID::Parse("{1407e475-A5E9-436B-A59B-CDCDA5027376}");
+  EXPECT_EQ(guid.D1, 0x1407E475u);
+  EXPECT_EQ(guid.D4[7], 0x76);
+  EXPECT_EQ(guid.ToString(), u"{1407E475-A5E9-436B-A59B-CDCDA5027376}");
+  EXPECT_THROW(TGUID::Parse("{1407E475-A5E9-436B-A59B-CDCDA502737}"), Exceptions::EConvertError);
+  EXPECT_THROW(TGUID::Parse("{1407E475-A5E9-436B-A59B-CDCDA502737G}"), Exceptions::EConvertError);
+}
+
+TEST(RtlObjectsTest, ClassInformation) {
+  TCountingGreeter obj;
+  EXPECT_EQ(obj.ClassName(), u"TCountingGreeter");
+  EXPECT_EQ(obj.UnitName(), u"Quorvex.Tests.Sub");
+  EXPECT_EQ(obj.QualifiedClassName(), u"Quorvex.Tests.Sub.TCountingGreeter");
+  EXPECT_EQ(obj.ClassParent(), TGreeter::StaticClass());
+  EXPECT_TRUE(obj.InheritsFrom(TInterfacedObject::StaticClass()));
+  EXPECT_TRUE(obj.InheritsFrom(TObject::StaticClass()));
+  EXPECT_FALSE(TGreeter::StaticClass()->InheritsFrom(TCountingGreeter::StaticClass()));
+  EXPECT_EQ(TObject::StaticClass()->ClassParent(), nullptr);
+  EXPECT_EQ(obj.ToString(), u"TCountingGreeter");
+
+  TObject* made = TGreeter::StaticClass()->Create();
+  EXPECT_EQ(made->ClassType(), TGreeter::StaticClass());
+  delete made;
+  EXPECT_FALSE(TAbstractThing::StaticClass()->CanCreate());
+  try {
+    TAbstractThing::StaticClass()->Create();
+    FAIL();
+  } catch (const Exceptions::EAbstractError& e) {
+    EXPECT_EQ(e.Message(), u"Abstract Error");
+  }
+}
+
+TEST(RtlObjectsTest, ObjectCastRaisesInvalidCast) {
+  TGreeter greeter;
+  TObject* asObject = &greeter;
+  EXPECT_EQ(ObjectCast<TGreeter>(asObject), &greeter);
+  EXPECT_EQ(ObjectCast<TGreeter>(nullptr), nullptr);
+  try {
+    ObjectCast<TCountingGreeter>(asObject);
+    FAIL();
+  } catch (const Exceptions::EInvalidCast& e) {
+    EXPECT_EQ(e.Message(), u"Invalid class typecast");
+  }
+}
+
+TEST(RtlObjectsTest, CountingFreesWithLastReference) {
+  int destroyed = 0;
+  {
+    IntfPtr<IGreeter> first(new TGreeter(&destroyed));
+    EXPECT_EQ(first->Greet(), u"hello");
+    IntfPtr<IGreeter> second = first;
+    first.Reset();
+    EXPECT_EQ(destroyed, 0);
+    IntfPtr<IInterface> base = second;  // upcast shares the count
+    second.Reset();
+    EXPECT_EQ(destroyed, 0);
+  }
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(RtlObjectsTest, QueryInterfaceAnswers) {
+  int destroyed = 0;
+  IntfPtr<IGreeter> greeter(new TCountingGreeter(&destroyed));
+  void* raw = reinterpret_cast<void*>(1);
+  EXPECT_EQ(greeter->QueryInterface(IUnused::IID, &raw), HResult::NoInterface);
+  EXPECT_EQ(raw, nullptr);
+  EXPECT_EQ(HResult::NoInterface, static_cast<int32_t>(0x80004002u));
+  ASSERT_EQ(greeter->QueryInterface(ICounter::IID, &raw), HResult::Ok);
+  IntfPtr<ICounter> adopted = IntfPtr<ICounter>::Adopt(static_cast<ICounter*>(raw));
+  EXPECT_EQ(adopted->Next(), 1);
+
+  IntfPtr<ICounter> counter = greeter.As<ICounter>();  // interface of the derived class
+  ASSERT_TRUE(counter);
+  EXPECT_EQ(counter->Next(), 2);
+  EXPECT_TRUE(greeter.As<IGreeter>());  // interface of the parent class
+  EXPECT_TRUE(greeter.As<IInterface>());
+  EXPECT_FALSE(greeter.As<IUnused>());
+
+  IntfPtr<ICounter> out;
+  EXPECT_TRUE(Supports(greeter, out));
+  IntfPtr<IUnused> none;
+  EXPECT_FALSE(Supports(greeter, none));
+  greeter.Reset();
+  counter.Reset();
+  adopted.Reset();
+  EXPECT_EQ(destroyed, 0);
+  out.Reset();
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(RtlObjectsTest, SupportsOnObjectsLeavesLifetimeAlone) {
+  int destroyed = 0;
+  auto* obj = new TGreeter(&destroyed);
+  EXPECT_TRUE(Supports<IGreeter>(obj));
+  EXPECT_FALSE(Supports<ICounter>(obj));
+  EXPECT_EQ(obj->RefCount(), 0);
+  EXPECT_EQ(destroyed, 0);
+  IntfPtr<IGreeter> held;
+  EXPECT_TRUE(Supports(obj, held));  // now the reference owns the object
+  EXPECT_EQ(ObjectOf(held.Get()), obj);
+  held.Reset();
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(RtlObjectsTest, CountIsAtomicAcrossThreads) {
+  int destroyed = 0;
+  IntfPtr<IGreeter> shared(new TGreeter(&destroyed));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([shared] {
+      for (int i = 0; i < 10000; ++i) IntfPtr<IGreeter> copy = shared;
+    });
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(static_cast<TGreeter*>(shared.Get())->RefCount(), 1);
+  shared.Reset();
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(RtlCheckedTest, OverflowAndRangeRaise) {
+  EXPECT_EQ(Checked::Add<int32_t>(2147483646, 1), 2147483647);
+  EXPECT_THROW(Checked::Add<int32_t>(2147483647, 1), Exceptions::EIntOverflow);
+  EXPECT_THROW(Checked::Sub<int64_t>(INT64_MIN, 1), Exceptions::EIntOverflow);
+  EXPECT_THROW(Checked::Mul<uint16_t>(256, 256), Exceptions::EIntOverflow);
+  EXPECT_THROW(Checked::Sub<uint32_t>(0, 1), Exceptions::EIntOverflow);
+  EXPECT_EQ(Checked::Narrow<uint8_t>(255), 255);
+  EXPECT_THROW(Checked::Narrow<uint8_t>(256), Exceptions::ERangeError);
+  EXPECT_THROW(Checked::Narrow<uint16_t>(-1), Exceptions::ERangeError);
+  const std::u16string s = u"ab";
+  EXPECT_EQ(Checked::CharAt(s, 2), u'b');
+  EXPECT_THROW(Checked::CharAt(s, 0), Exceptions::ERangeError);
+  EXPECT_THROW(Checked::CharAt(std::u16string(), 1), Exceptions::ERangeError);
+  try {
+    Checked::Mul<int64_t>(INT64_MAX, 2);
+    FAIL();
+  } catch (const Exceptions::EIntOverflow& e) {
+    EXPECT_EQ(e.Message(), u"Integer overflow");
+    EXPECT_STREQ(e.what(), "Integer overflow");
+  }
+  try {
+    Checked::CheckRange(5, 0, 4);
+    FAIL();
+  } catch (const Exceptions::ERangeError& e) {
+    EXPECT_EQ(e.Message(), u"Range check error");
+  }
+}
+
+TEST(RtlExceptionsTest, MessagesOfTheRuntimeErrors) {
+  try {
+    Exceptions::Assert(false, u"it broke", u"Sources\\Misc\\Unit", 70);
+    FAIL();
+  } catch (const Exceptions::EAssertionFailed& e) {
+    EXPECT_EQ(e.Message(), u"it broke (Sources\\Misc\\Unit, line 70)");
+  }
+  try {
+    Exceptions::RaiseListIndexError(7);
+    FAIL();
+  } catch (const Exceptions::EListError& e) {
+    EXPECT_EQ(e.Message(), u"List index out of bounds (7)");
+  }
+  try {
+    Exceptions::RaiseLastOSError(2);
+    FAIL();
+  } catch (const Exceptions::EOSError& e) {
+    EXPECT_EQ(e.ErrorCode(), 2u);
+    EXPECT_EQ(e.Message(), u"System Error.  Code: 2.\r\n" + Exceptions::SysErrorMessage(2));
+    EXPECT_FALSE(Exceptions::SysErrorMessage(2).empty());
+  }
+  try {
+    Exceptions::RaiseLastOSError(0);
+    FAIL();
+  } catch (const Exceptions::EOSError& e) {
+    EXPECT_EQ(e.Message(), u"A call to an OS function failed");
+  }
+  const Exceptions::Exception utf(u"caf\u00E9");
+  EXPECT_STREQ(utf.what(), "caf\xC3\xA9");
+}
+
+}  // namespace
+}  // namespace Quorvex::Rtl::Objects
