@@ -1,0 +1,106 @@
+// POSIX only: file attributes, folder changes and file handles on Linux.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+#include "Quorvex.Platform.Posix.hpp"
+#include "Quorvex.Platform.hpp"
+
+namespace Quorvex::Platform {
+
+namespace {
+
+bool StatOf(PathView path, struct stat& info) { return stat(Posix::Native(path).c_str(), &info) == 0; }
+
+// One transfer is capped like a Windows ReadFile/WriteFile count.
+size_t TransferSize(int64_t count) {
+  return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000));
+}
+
+}  // namespace
+
+namespace Posix {
+
+uint32_t AttributesOf(const struct stat& info, PathView name) {
+  uint32_t attributes = S_ISDIR(info.st_mode) ? faDirectory : faArchive;
+  if ((info.st_mode & S_IWUSR) == 0) attributes |= faReadOnly;
+  if (name.size() > 1 && name.front() == u'.' && name != u"..") attributes |= faHidden;
+  return attributes;
+}
+
+}  // namespace Posix
+
+uint32_t GetFileAttributes(PathView path) {
+  struct stat info {};
+  if (!StatOf(path, info)) return InvalidAttributes;
+  const size_t delimiter = path.rfind(u'/');
+  return Posix::AttributesOf(info, delimiter == PathView::npos ? path : path.substr(delimiter + 1));
+}
+
+bool SetFileAttributes(PathView path, uint32_t attributes) {
+  // Only the read-only bit has a POSIX counterpart: the owner's write bit.
+  struct stat info {};
+  if (!StatOf(path, info)) return false;
+  const mode_t mode = (attributes & faReadOnly) != 0 ? (info.st_mode & ~S_IWUSR) : (info.st_mode | S_IWUSR);
+  return chmod(Posix::Native(path).c_str(), mode & 07777) == 0;
+}
+
+bool FileExists(PathView path) {
+  struct stat info {};
+  return StatOf(path, info) && !S_ISDIR(info.st_mode);
+}
+
+bool DirectoryExists(PathView path) {
+  struct stat info {};
+  return StatOf(path, info) && S_ISDIR(info.st_mode);
+}
+
+bool DeleteFile(PathView path) { return unlink(Posix::Native(path).c_str()) == 0; }
+
+bool CreateDirectory(PathView path) { return mkdir(Posix::Native(path).c_str(), 0777) == 0; }
+
+bool RemoveDirectory(PathView path) { return rmdir(Posix::Native(path).c_str()) == 0; }
+
+bool RenameFile(PathView oldName, PathView newName) {
+  return rename(Posix::Native(oldName).c_str(), Posix::Native(newName).c_str()) == 0;
+}
+
+FileHandle FileOpen(PathView path, uint32_t mode) {
+  // Share modes have no POSIX counterpart and are ignored.
+  static constexpr int kAccess[] = {O_RDONLY, O_WRONLY, O_RDWR};
+  const uint32_t access = mode & 3;
+  if (access > 2) {
+    errno = EINVAL;
+    return InvalidFile;
+  }
+  return open(Posix::Native(path).c_str(), kAccess[access] | O_CLOEXEC);
+}
+
+FileHandle FileCreate(PathView path) {
+  return open(Posix::Native(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+}
+
+int64_t FileRead(FileHandle file, void* buffer, int64_t count) {
+  return read(static_cast<int>(file), buffer, TransferSize(count));
+}
+
+int64_t FileWrite(FileHandle file, const void* buffer, int64_t count) {
+  return write(static_cast<int>(file), buffer, TransferSize(count));
+}
+
+int64_t FileSeek(FileHandle file, int64_t offset, int origin) {
+  static constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+  if (origin < 0 || origin > 2) {
+    errno = EINVAL;
+    return -1;
+  }
+  return lseek(static_cast<int>(file), offset, kWhence[origin]);
+}
+
+void FileClose(FileHandle file) { close(static_cast<int>(file)); }
+
+}  // namespace Quorvex::Platform

@@ -1,0 +1,94 @@
+// Windows only: file attributes, folder changes and file handles.
+#include <algorithm>
+
+#include "Quorvex.Platform.Win32.hpp"
+#include "Quorvex.Platform.hpp"
+
+namespace Quorvex::Platform {
+
+namespace {
+
+HANDLE Native(FileHandle file) { return reinterpret_cast<HANDLE>(file); }
+
+// One ReadFile/WriteFile call moves at most this many bytes.
+DWORD TransferSize(int64_t count) { return static_cast<DWORD>(std::clamp<int64_t>(count, 0, 0x7FFFF000)); }
+
+}  // namespace
+
+uint32_t GetFileAttributes(PathView path) { return GetFileAttributesW(Win32::Wide(path).c_str()); }
+
+bool SetFileAttributes(PathView path, uint32_t attributes) {
+  return SetFileAttributesW(Win32::Wide(path).c_str(), attributes) != FALSE;
+}
+
+bool FileExists(PathView path) {
+  const uint32_t attributes = GetFileAttributes(path);
+  return attributes != InvalidAttributes && (attributes & faDirectory) == 0;
+}
+
+bool DirectoryExists(PathView path) {
+  const uint32_t attributes = GetFileAttributes(path);
+  return attributes != InvalidAttributes && (attributes & faDirectory) != 0;
+}
+
+bool DeleteFile(PathView path) { return DeleteFileW(Win32::Wide(path).c_str()) != FALSE; }
+
+bool CreateDirectory(PathView path) { return CreateDirectoryW(Win32::Wide(path).c_str(), nullptr) != FALSE; }
+
+bool RemoveDirectory(PathView path) { return RemoveDirectoryW(Win32::Wide(path).c_str()) != FALSE; }
+
+bool RenameFile(PathView oldName, PathView newName) {
+  return MoveFileW(Win32::Wide(oldName).c_str(), Win32::Wide(newName).c_str()) != FALSE;
+}
+
+FileHandle FileOpen(PathView path, uint32_t mode) {
+  static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
+  // Indexed by the share bits; 0 (no share mode given) locks others out
+  // like fmShareExclusive.
+  static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE};
+  const uint32_t access = mode & 3;
+  const uint32_t share = (mode & 0xF0) >> 4;
+  if (access > 2 || share > 4) {
+    ::SetLastError(ERROR_INVALID_PARAMETER);
+    return InvalidFile;
+  }
+  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), kAccess[access], kShare[share], nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  return reinterpret_cast<FileHandle>(file);
+}
+
+FileHandle FileCreate(PathView path) {
+  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  return reinterpret_cast<FileHandle>(file);
+}
+
+int64_t FileRead(FileHandle file, void* buffer, int64_t count) {
+  DWORD done = 0;
+  if (!ReadFile(Native(file), buffer, TransferSize(count), &done, nullptr)) return -1;
+  return done;
+}
+
+int64_t FileWrite(FileHandle file, const void* buffer, int64_t count) {
+  DWORD done = 0;
+  if (!WriteFile(Native(file), buffer, TransferSize(count), &done, nullptr)) return -1;
+  return done;
+}
+
+int64_t FileSeek(FileHandle file, int64_t offset, int origin) {
+  static constexpr DWORD kMethod[] = {FILE_BEGIN, FILE_CURRENT, FILE_END};
+  if (origin < 0 || origin > 2) {
+    ::SetLastError(ERROR_INVALID_PARAMETER);
+    return -1;
+  }
+  LARGE_INTEGER distance{};
+  distance.QuadPart = offset;
+  LARGE_INTEGER position{};
+  if (!SetFilePointerEx(Native(file), distance, &position, kMethod[origin])) return -1;
+  return position.QuadPart;
+}
+
+void FileClose(FileHandle file) { CloseHandle(Native(file)); }
+
+}  // namespace Quorvex::Platform

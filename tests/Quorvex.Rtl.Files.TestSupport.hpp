@@ -1,0 +1,61 @@
+// Helpers for the file-system tests: a fresh temporary folder per test and
+// paths written with '/' turned into the platform's form, so one table of
+// cases runs on every platform.
+#pragma once
+
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "Quorvex.Rtl.Files.hpp"
+#include "Quorvex.Rtl.Strings.hpp"
+
+namespace Quorvex::Rtl::Files::Testing {
+
+inline bool OnWindows() { return PathDelim() == u'\\'; }
+
+// `path` with '/' replaced by the platform's delimiter; on Windows a
+// leading '/' also gains the drive "C:", so "/a/b" reads "C:\a\b".
+inline UnicodeString P(UnicodeStringView path) {
+  UnicodeString result(path);
+  for (Char& c : result) {
+    if (c == u'/') c = PathDelim();
+  }
+  if (OnWindows() && !path.empty() && path.front() == u'/') result.insert(0, u"C:");
+  return result;
+}
+
+// A new empty folder under the system's temporary folder, removed with
+// everything in it (read-only entries included) when the test ends.
+class TTempFolder {
+ public:
+  TTempFolder() {
+    std::random_device random;
+    FRoot = std::filesystem::temp_directory_path() /
+            ("qxrtl-test-" + std::to_string(random()) + "-" + std::to_string(random()));
+    std::filesystem::create_directories(FRoot);
+    FPath = FRoot.u16string();
+  }
+  ~TTempFolder() {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(FRoot, ignored)) {
+      std::filesystem::permissions(entry.path(), std::filesystem::perms::owner_write,
+                                   std::filesystem::perm_options::add, ignored);
+    }
+    std::filesystem::remove_all(FRoot, ignored);
+  }
+  TTempFolder(const TTempFolder&) = delete;
+  TTempFolder& operator=(const TTempFolder&) = delete;
+
+  // The folder itself, without a trailing delimiter.
+  const UnicodeString& Path() const { return FPath; }
+
+  // `name` (which may hold '/') inside the folder, in the platform's form.
+  UnicodeString operator/(UnicodeStringView name) const { return FPath + PathDelim() + P(name); }
+
+ private:
+  std::filesystem::path FRoot;
+  UnicodeString FPath;
+};
+
+}  // namespace Quorvex::Rtl::Files::Testing
