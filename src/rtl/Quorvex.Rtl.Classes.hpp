@@ -1,0 +1,304 @@
+// The persistent-object base and the runtime's string lists: TStrings, the
+// abstract list of lines (each with an optional attached object) and its
+// text forms, and TStringList, the array-backed list that can sort, reject
+// duplicates and own the attached objects.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "Quorvex.Rtl.Objects.hpp"
+#include "Quorvex.Rtl.Strings.hpp"
+
+namespace Quorvex::Rtl::Classes {
+
+using Objects::TObject;
+using Strings::Char;
+using Strings::TStringDynArray;
+using Strings::UnicodeString;
+using Strings::UnicodeStringView;
+
+// The objects attached to lines, in line order.
+using TObjectDynArray = std::vector<TObject*>;
+
+// An object whose state can be copied from another with Assign.
+class TPersistent : public TObject {
+  QX_CLASS(TPersistent, TObject, "Quorvex.Rtl.Classes")
+ public:
+  // Copies `source` into this object. The base lets the source copy itself
+  // through AssignTo; when neither side knows the other, raises
+  // EConvertError "Cannot assign a <source class> to a <this class>" (a null
+  // source is named "nil").
+  virtual void Assign(TPersistent* source);
+
+ protected:
+  // Copies this object into `dest`. The base knows no target class and
+  // raises the assignment error described at Assign.
+  virtual void AssignTo(TPersistent* dest);
+
+  // Raises EConvertError for assigning `source` to this object.
+  [[noreturn]] void AssignError(const TPersistent* source) const;
+};
+
+// An abstract list of text lines, each with an optional attached object.
+// Storage is left to subclasses (the pure virtual primitives); the text
+// forms, name-value access and searching are built on those primitives.
+// Indexes are 0-based; an index outside the list raises EStringListError
+// "List index out of bounds (%d)" in every primitive that takes one.
+class TStrings : public TPersistent {
+  QX_CLASS(TStrings, TPersistent, "Quorvex.Rtl.Classes")
+ public:
+  TStrings() = default;
+  TStrings(const TStrings&) = delete;
+  TStrings& operator=(const TStrings&) = delete;
+
+  // --- Storage primitives.
+
+  virtual int GetCount() const = 0;
+  // The line at `index`.
+  virtual UnicodeString Get(int index) const = 0;
+  // Replaces the line at `index`, keeping its object.
+  virtual void Put(int index, const UnicodeString& s) = 0;
+  // The object attached to the line at `index` (nullptr when none).
+  virtual TObject* GetObject(int index) const = 0;
+  // Attaches `object` to the line at `index`, replacing the previous one.
+  virtual void PutObject(int index, TObject* object) = 0;
+  // Inserts a line with its object before `index` (0..Count).
+  virtual void InsertObject(int index, const UnicodeString& s, TObject* object) = 0;
+  // Removes the line at `index`.
+  virtual void Delete(int index) = 0;
+  // Removes every line.
+  virtual void Clear() = 0;
+  // Swaps two lines together with their objects.
+  virtual void Exchange(int index1, int index2) = 0;
+  // Moves the line at `curIndex` (with its object) so that it ends up at
+  // `newIndex`.
+  virtual void Move(int curIndex, int newIndex) = 0;
+  // Room reserved for lines; setting it below Count raises EStringListError
+  // "List capacity out of bounds (%d)".
+  virtual int GetCapacity() const = 0;
+  virtual void SetCapacity(int capacity) = 0;
+
+  // --- Adding and inserting.
+
+  // Adds a line and answers its index.
+  virtual int Add(const UnicodeString& s);
+  // Adds a line with an attached object and answers its index.
+  virtual int AddObject(const UnicodeString& s, TObject* object);
+  // Adds a line, ignoring its index.
+  void Append(const UnicodeString& s);
+  // Inserts a line without an object before `index` (0..Count).
+  virtual void Insert(int index, const UnicodeString& s);
+  // Adds every line of `strings` with its object. The line count is taken
+  // first, so adding a list to itself doubles it.
+  virtual void AddStrings(const TStrings& strings);
+  // Adds every string of the array.
+  void AddStrings(const TStringDynArray& strings);
+  // Adds the strings with the objects of the same position; raises
+  // EArgumentOutOfRangeException "Length of Strings and Objects arrays must
+  // be equal" (adding nothing) when the arrays differ in length.
+  void AddStrings(const TStringDynArray& strings, const TObjectDynArray& objects);
+
+  // Replaces the lines, objects and text settings (delimiter, quote
+  // character, name-value separator, line break, strict delimiter, write
+  // BOM) with those of another TStrings; other sources as TPersistent.
+  void Assign(TPersistent* source) override;
+
+  // Brackets a series of changes. Calls nest; EndUpdate without a matching
+  // BeginUpdate is ignored.
+  void BeginUpdate();
+  void EndUpdate();
+  // How many BeginUpdate calls are still open.
+  int UpdateCount() const { return FUpdateCount; }
+
+  // True when both lists have the same lines in the same order, compared
+  // case-sensitively; objects are not compared.
+  bool Equals(const TStrings& strings) const;
+
+  // --- Searching.
+
+  // Index of the first line matching `s` under CompareStrings, or -1.
+  virtual int IndexOf(const UnicodeString& s) const;
+  // Index of the first line whose name matches `name` under
+  // CompareStrings, or -1. Lines without a separator have no name.
+  int IndexOfName(const UnicodeString& name) const;
+  // Index of the first line carrying exactly `object`, or -1.
+  int IndexOfObject(const TObject* object) const;
+
+  // --- Copies.
+
+  TStringDynArray ToStringArray() const;
+  // The attached objects themselves (not copies), one per line.
+  TObjectDynArray ToObjectArray() const;
+
+  // --- Text forms.
+
+  // Every line followed by LineBreak ("" for an empty list).
+  UnicodeString GetTextStr() const;
+  // Replaces the lines with those of `text`. With the default CR LF line
+  // break, a CR LF pair, a lone CR and a lone LF each end a line; any other
+  // line break is matched exactly. A final line break adds no empty line.
+  void SetTextStr(UnicodeStringView text);
+  // GetTextStr in a new zero-terminated buffer; release it with StrDispose.
+  Char* GetText() const;
+  // SetTextStr from a zero-terminated buffer (nullptr clears the list).
+  void SetText(const Char* text);
+
+  // The lines joined by Delimiter. A line is enclosed in QuoteChar (inner
+  // quote characters doubled) when it holds the delimiter or the quote
+  // character, or, with StrictDelimiter off, a blank or control character.
+  // A list of a single empty line gives two quote characters.
+  UnicodeString GetDelimitedText() const;
+  // Replaces the lines with the items of `text`: items are split at
+  // Delimiter and may be quoted (doubled quote characters inside). With
+  // StrictDelimiter off, blanks and control characters also split items
+  // and are skipped around them. A NUL character ends the text.
+  void SetDelimitedText(UnicodeStringView text);
+  // GetDelimitedText with delimiter ',' and quote '"' whatever the current
+  // settings (which are kept).
+  UnicodeString GetCommaText() const;
+  // Sets Delimiter to ',' and QuoteChar to '"', then SetDelimitedText.
+  void SetCommaText(UnicodeStringView text);
+
+  // --- Name-value lines ("name=value" with the default separator).
+
+  // The text before the first separator of line `index` ("" when none).
+  UnicodeString GetName(int index) const;
+  // The text after the first separator of the line named `name`; "" when
+  // no line has that name.
+  UnicodeString GetValue(const UnicodeString& name) const;
+  // Sets the value of the line named `name`: an empty value deletes the
+  // line, a missing name adds "name=value".
+  void SetValue(const UnicodeString& name, const UnicodeString& value);
+  // The text after the first separator of line `index` ("" when the line
+  // has no separator or `index` is negative).
+  UnicodeString GetValueFromIndex(int index) const;
+  // Replaces the value of line `index` keeping its name; an empty value
+  // deletes the line, a negative index adds "=value".
+  void SetValueFromIndex(int index, const UnicodeString& value);
+
+  // --- Settings of the text forms.
+
+  Char GetDelimiter() const { return FDelimiter; }
+  void SetDelimiter(Char delimiter) { FDelimiter = delimiter; }
+  Char GetQuoteChar() const { return FQuoteChar; }
+  void SetQuoteChar(Char quoteChar) { FQuoteChar = quoteChar; }
+  Char GetNameValueSeparator() const { return FNameValueSeparator; }
+  void SetNameValueSeparator(Char separator) { FNameValueSeparator = separator; }
+  bool GetStrictDelimiter() const { return FStrictDelimiter; }
+  void SetStrictDelimiter(bool strict) { FStrictDelimiter = strict; }
+  const UnicodeString& GetLineBreak() const { return FLineBreak; }
+  void SetLineBreak(const UnicodeString& lineBreak) { FLineBreak = lineBreak; }
+  // Whether saving writes a byte-order mark.
+  bool GetWriteBOM() const { return FWriteBOM; }
+  void SetWriteBOM(bool writeBOM) { FWriteBOM = writeBOM; }
+
+ protected:
+  // Orders two lines for searching: <0, 0 or >0. The base ignores case.
+  virtual int CompareStrings(UnicodeStringView a, UnicodeStringView b) const;
+
+ private:
+  size_t TotalLength() const;
+  UnicodeString JoinDelimited(Char delimiter, Char quoteChar) const;
+  UnicodeStringView ExtractName(UnicodeStringView line) const;
+  UnicodeStringView ExtractValue(UnicodeStringView line) const;
+
+  Char FDelimiter = u',';
+  Char FQuoteChar = u'"';
+  Char FNameValueSeparator = u'=';
+  bool FStrictDelimiter = false;
+  bool FWriteBOM = true;
+  UnicodeString FLineBreak = u"\r\n";
+  int FUpdateCount = 0;
+};
+
+// Releases a buffer returned by TStrings::GetText; nullptr is ignored.
+void StrDispose(Char* text);
+
+// What a sorted TStringList does with a line equal to one it holds.
+enum class TDuplicates { dupIgnore, dupAccept, dupError };
+using enum TDuplicates;
+
+class TStringList;
+
+// Orders lines `index1` and `index2` of `list` for CustomSort: <0, 0 or >0.
+using TStringListSortCompare = std::function<int(TStringList& list, int index1, int index2)>;
+
+// The array-backed string list. Adding is amortised O(1) on an unsorted
+// list. A sorted list keeps its lines in CompareStrings order, finds them by
+// binary search and refuses positional changes (Insert, Put, Move) with
+// EStringListError "Operation not allowed on sorted list".
+class TStringList : public TStrings {
+  QX_CLASS(TStringList, TStrings, "Quorvex.Rtl.Classes")
+ public:
+  TStringList() = default;
+  // With `ownsObjects`, the list frees a line's object when the line is
+  // deleted, when its object is replaced, on Clear and on destruction.
+  explicit TStringList(bool ownsObjects) : FOwnsObjects(ownsObjects) {}
+  ~TStringList() override;
+
+  int GetCount() const override;
+  UnicodeString Get(int index) const override;
+  void Put(int index, const UnicodeString& s) override;
+  TObject* GetObject(int index) const override;
+  void PutObject(int index, TObject* object) override;
+  void InsertObject(int index, const UnicodeString& s, TObject* object) override;
+  void Delete(int index) override;
+  void Clear() override;
+  void Exchange(int index1, int index2) override;
+  void Move(int curIndex, int newIndex) override;
+  int GetCapacity() const override;
+  void SetCapacity(int capacity) override;
+
+  // On a sorted list, inserts at the line's sorted place; a duplicate is
+  // then dropped (dupIgnore: answers the existing line's index, the object
+  // is not stored) or refused (dupError: EStringListError "String list does
+  // not allow duplicates").
+  int AddObject(const UnicodeString& s, TObject* object) override;
+  // Binary search on a sorted list, linear search otherwise.
+  int IndexOf(const UnicodeString& s) const override;
+
+  // Binary search for `s`, valid on a sorted list. Answers whether it was
+  // found; `index` receives its index, or where it would be inserted.
+  // Unless duplicates are accepted, a match ends the search at once.
+  bool Find(const UnicodeString& s, int& index) const;
+  // Sorts by CompareStrings. Does nothing on a sorted list.
+  void Sort();
+  // Sorts by `compare`, which sees the list in its order before the sort.
+  // Does nothing on a sorted list.
+  void CustomSort(const TStringListSortCompare& compare);
+
+  bool GetSorted() const { return FSorted; }
+  // Turning sorting on sorts the lines.
+  void SetSorted(bool sorted);
+  TDuplicates GetDuplicates() const { return FDuplicates; }
+  // Applies to lines added later; lines already there stay.
+  void SetDuplicates(TDuplicates duplicates) { FDuplicates = duplicates; }
+  bool GetCaseSensitive() const { return FCaseSensitive; }
+  // Re-sorts a sorted list under the new comparison.
+  void SetCaseSensitive(bool caseSensitive);
+  bool GetOwnsObjects() const { return FOwnsObjects; }
+  void SetOwnsObjects(bool ownsObjects) { FOwnsObjects = ownsObjects; }
+
+ protected:
+  // Ordinal code-unit order, or case-folded when not CaseSensitive.
+  int CompareStrings(UnicodeStringView a, UnicodeStringView b) const override;
+
+ private:
+  struct TStringItem {
+    UnicodeString FString;
+    TObject* FObject = nullptr;
+  };
+
+  void CheckIndex(int index) const;
+  void CheckUnsorted() const;
+  void InsertItem(int index, const UnicodeString& s, TObject* object);
+
+  std::vector<TStringItem> FList;
+  bool FOwnsObjects = false;
+  bool FSorted = false;
+  bool FCaseSensitive = false;
+  TDuplicates FDuplicates = dupAccept;
+};
+
+}  // namespace Quorvex::Rtl::Classes
