@@ -1,0 +1,245 @@
+#include "Quorvex.Utils.Strings.hpp"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "Quorvex.Rtl.Exceptions.hpp"
+
+namespace Quorvex::Utils::Strings {
+namespace {
+
+using Rtl::Exceptions::EIntOverflow;
+using Rtl::Exceptions::ERangeError;
+using Rtl::Strings::Utf16ToUtf8;
+
+// The decimal separator of the user's settings, as the formatters use it.
+UnicodeString Dec(UnicodeStringView text) {
+  UnicodeString out(text);
+  for (auto& c : out)
+    if (c == u'.') c = Rtl::Strings::FormatSettings().DecimalSeparator;
+  return out;
+}
+
+TEST(gStringTest, AddAndJoinKeepTheirDelimiterRules) {
+  UnicodeString s;
+  gString::Add(s, u"", u",");
+  EXPECT_EQ(s, u"");
+  gString::Add(s, u"a", u",");
+  EXPECT_EQ(s, u"a");  // no delimiter in front of the first value
+  gString::Add(s, u"", u",");
+  EXPECT_EQ(s, u"a");
+  gString::AddWithEmpties(s, u"", u",");
+  EXPECT_EQ(s, u"a,");
+  UnicodeString empty;
+  gString::AddWithEmpties(empty, u"", u",");
+  EXPECT_EQ(empty, u"");
+
+  struct Case {
+    TStringDynArray items;
+    const char16_t* joined;
+    const char16_t* withEmpties;
+  };
+  const Case cases[] = {
+      {{u"", u"a", u"", u"b"}, u"a,b", u"a,,b"},
+      {{u"", u"a", u""}, u"a", u"a,"},
+      {{u"", u""}, u"", u""},
+      {{}, u"", u""},
+      {{u"x", u"y"}, u"x,y", u"x,y"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(c.withEmpties));
+    EXPECT_EQ(gString::Join(c.items, u","), c.joined);
+    EXPECT_EQ(gString::JoinWithEmpties(c.items, u","), c.withEmpties);
+  }
+}
+
+TEST(gStringTest, SplitKeepsEveryPieceAndJoinsBack) {
+  struct Case {
+    const char16_t* text;
+    const char16_t* delimiter;
+    TStringDynArray pieces;
+  };
+  const Case cases[] = {
+      {u"a,,b", u",", {u"a", u"", u"b"}}, {u"", u",", {u""}},          {u"a,", u",", {u"a", u""}},
+      {u",", u",", {u"", u""}},           {u"a::b", u"::", {u"a", u"b"}}, {u"a:b", u"::", {u"a:b"}},
+      {u"aaa", u"aa", {u"", u"a"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(c.text));
+    EXPECT_EQ(gString::Split(c.text, c.delimiter), c.pieces);
+  }
+  EXPECT_THROW(gString::Split(u"abc", u""), Rtl::Exceptions::EArgumentException);
+}
+
+TEST(gStringTest, KeyAndValueOfAreDeliberatelyAsymmetric) {
+  EXPECT_EQ(gString::KeyOf(u"key := value", u":="), u"key");
+  EXPECT_EQ(gString::ValueOf(u"key := value", u":="), u"= value");
+  EXPECT_EQ(gString::KeyOf(u" name = x ", u"="), u"name");
+  EXPECT_EQ(gString::ValueOf(u" name = x ", u"="), u"x");
+  EXPECT_EQ(gString::KeyOf(u"novalue", u"="), u"");
+  EXPECT_EQ(gString::ValueOf(u"novalue", u"="), u"");
+  EXPECT_EQ(gString::ValueOf(u"a=b=c", u"="), u"b=c");
+}
+
+TEST(gStringTest, ArraysDeleteConcatAndCompare) {
+  const TStringDynArray items = {u"a", u"", u"b", u"a"};
+  EXPECT_EQ(gString::Delete(items, u"a"), (TStringDynArray{u"", u"b"}));
+  EXPECT_EQ(gString::Delete(items, u"A"), items);  // case-sensitive
+  EXPECT_EQ(gString::DeleteEmpties(items), (TStringDynArray{u"a", u"b", u"a"}));
+  EXPECT_EQ(gString::Concat({{u"a"}, {}, {u"b", u"c"}}), (TStringDynArray{u"a", u"b", u"c"}));
+  EXPECT_EQ(gString::Concat({}), TStringDynArray{});
+  const TStringDynArray arrays[] = {{u"a"}, {u"b", u"c"}};
+  EXPECT_EQ(gString::TotalLength(arrays), 3);
+  EXPECT_EQ(gString::StringOf(u"ab", 3), u"ababab");
+  EXPECT_EQ(gString::StringOf(u"ab", 0), u"");
+  EXPECT_EQ(gString::StringOf(u"ab", -2), u"");
+
+  EXPECT_TRUE(gString::Eq(u"abc", u"ABC", false));
+  EXPECT_FALSE(gString::Eq(u"abc", u"ABC", true));
+  EXPECT_FALSE(gString::Eq(u"\u00E9", u"\u00C9", false));  // only ASCII folds
+  const TStringDynArray none;
+  EXPECT_FALSE(gString::Eq(none, none, true));  // two empty arrays are not equal
+  EXPECT_TRUE(gString::Eq(TStringDynArray{u"a", u"B"}, TStringDynArray{u"A", u"b"}, false));
+  EXPECT_FALSE(gString::Eq(TStringDynArray{u"a", u"B"}, TStringDynArray{u"A", u"b"}, true));
+  EXPECT_FALSE(gString::Eq(TStringDynArray{u"a"}, TStringDynArray{u"a", u"b"}, false));
+}
+
+TEST(gStringTest, QuotingAndClipping) {
+  EXPECT_TRUE(gString::IsQuoted(u"\""));
+  EXPECT_TRUE(gString::IsQuoted(u"\"a\""));
+  EXPECT_FALSE(gString::IsQuoted(u"\"a"));
+  EXPECT_EQ(gString::Quote(u"a", false), u"\"a\"");
+  EXPECT_EQ(gString::Quote(u"\"a\"", false), u"\"\"a\"\"");
+  EXPECT_EQ(gString::Quote(u"\"a\"", true), u"\"a\"");
+  EXPECT_EQ(gString::Quote(u"a\"b", true), u"\"a\"b\"");
+  EXPECT_EQ(gString::Quote(u"", false), u"\"\"");
+  for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
+           [] { gString::IsQuoted(u""); }, [] { gString::Quote(u"", true); }}) {
+    try {
+      call();
+      FAIL();
+    } catch (const ERangeError& e) {
+      EXPECT_EQ(e.Message(), u"Range check error");
+    }
+  }
+
+  struct Case {
+    const char16_t* text;
+    int32_t maxLength;
+    const char16_t* suffix;
+    const char16_t* clipped;
+  };
+  const Case cases[] = {
+      {u"abcdefghij", 5, u"...", u"a..."}, {u"abc", 5, u"...", u"abc"},     {u"abcdef", 2, u"...", u"abcdef..."},
+      {u"abcde", 5, u"...", u"abcde"},     {u"abcdef", 5, u"", u"abcd"},    {u"abcdef", 4, u"...", u"..."},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(c.text));
+    EXPECT_EQ(gString::Clip(c.text, c.maxLength, c.suffix), c.clipped);
+  }
+  EXPECT_THROW(gString::Clip(u"abc", INT32_MIN, u"x"), EIntOverflow);
+}
+
+TEST(gStringTest, SpaceCompress) {
+  struct Case {
+    const char16_t* text;
+    const char16_t* compressed;
+  };
+  const Case cases[] = {
+      {u"  a   b  ", u"a b"},
+      {u"a\r\nb", u"a b"},
+      {u"a \r\n b", u"a b"},
+      {u"a\rb\nc\td", u"a\rb\nc\td"},  // lone CR, LF and tabs stay
+      {u"a\t  b", u"a\t b"},
+      {u"\r\n\r\n", u""},
+      {u"", u""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(c.text));
+    EXPECT_EQ(gString::SpaceCompress(c.text), c.compressed);
+  }
+}
+
+TEST(gStringTest, Hexadecimal) {
+  EXPECT_EQ(gString::StringToHex(u"AB"), u"4142");
+  EXPECT_EQ(gString::StringToHex(u"\n\u00FF\u0100\u20AC"), u"0AFF10020AC");
+  struct Case {
+    const char16_t* text;
+    int64_t value;
+  };
+  const Case cases[] = {
+      {u"FF", 255},         {u"ffh", 255},   {u"10H", 16},      {u"0", 0},
+      {u"FFFFFFFFFFFFFFFF", -1},             {u"1FFFFFFFFFFFFFFFF", -1},  // the top digit falls off
+      {u"$FF", 0},          {u"0xFF", 0},    {u"-1", 0},        {u"FG", 0},
+      {u"H", 0},            {u"7FFFFFFFFFFFFFFF", INT64_MAX},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(c.text));
+    EXPECT_EQ(gString::HexToInt(c.text), c.value);
+  }
+  EXPECT_THROW(gString::HexToInt(u""), ERangeError);
+  EXPECT_EQ(gString::HexToInt(UnicodeString(255, u'0')), 0);
+  EXPECT_EQ(gString::HexToInt(UnicodeString(255, u'0') + u"H"), 0);
+  EXPECT_THROW(gString::HexToInt(UnicodeString(256, u'0')), ERangeError);
+  EXPECT_EQ(gString::HexToInt(u"8000000000000000F"), 15);  // shifted out, no overflow
+}
+
+TEST(gStringTest, ListConversions) {
+  const TStringDynArray items = {u"b", u"", u"a"};
+  auto list = gString::ToStrings(items);
+  ASSERT_EQ(list->GetCount(), 3);
+  EXPECT_EQ(list->Get(2), u"a");
+  EXPECT_EQ(gString::ToArray(*list), items);
+  EXPECT_EQ(gString::ToArray(std::span<const UnicodeString>(items)), items);
+  EXPECT_EQ(gString::ToStrings({})->GetCount(), 0);
+}
+
+TEST(gStringTest, FormattersPickTheLargestUnitReached) {
+  struct Case {
+    std::function<UnicodeString(int64_t)> format;
+    int64_t value;
+    const char16_t* expected;
+  };
+  const Case cases[] = {
+      {gString::FormatBytes, 0, u"0 bytes"},
+      {gString::FormatBytes, 1023, u"1023 bytes"},
+      {gString::FormatBytes, 1024, u"1 KB"},
+      {gString::FormatBytes, 1536, u"1.5 KB"},
+      {gString::FormatBytes, 1048575, u"1024 KB"},  // 1023.999 rounds up, the unit stays
+      {gString::FormatBytes, 1099511627776, u"1 TB"},
+      {gString::FormatBytes, INT64_MAX, u"8388608 TB"},
+      {gString::FormatBytes, -5, u"-5 bytes"},
+      {gString::FormatBytes, -5000, u"-5000 bytes"},
+      {gString::FormatBytesPerSec, 512, u"512 B/s"},
+      {gString::FormatBytesPerSec, 3 * 1024 * 1024, u"3 MB/s"},
+      {gString::FormatBitsPerSec, 999, u"999 b/s"},
+      {gString::FormatBitsPerSec, 1000, u"1 Kb/s"},
+      {gString::FormatBitsPerSec, 1500000, u"1.5 Mb/s"},
+      {gString::FormatBitsPerSec, 2345678901, u"2.35 Gb/s"},
+      {gString::FormatBitsPerSec, 1000000000000, u"1 Tb/s"},
+      {gString::FormatMeters, 999, u"999 m"},
+      {gString::FormatMeters, 1000, u"1 km"},
+      {gString::FormatMeters, 1050, u"1.1 km"},  // half away from zero on the decimal value
+      {gString::FormatMeters, 1500, u"1.5 km"},
+      {gString::FormatMeters, 123456, u"123.5 km"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.value);
+    EXPECT_EQ(c.format(c.value), Dec(c.expected));
+  }
+}
+
+TEST(gStringTest, LocalsHoldTheUnitWords) {
+  const Locals::TStringLocals& locals = gString::GetLocals();
+  EXPECT_EQ(&locals, &gString::GetLocals());
+  EXPECT_EQ(locals.Bytes(), u"bytes");
+  EXPECT_EQ(locals.KBitsPerSec(), u"Kb/s");
+  EXPECT_EQ(locals.KBytesPerSec(), u"KB/s");
+  EXPECT_EQ(locals.Millimeters(), u"mm");
+  EXPECT_EQ(locals.ClassName(), u"TStringLocals");
+  EXPECT_TRUE(StringsUnit.Initialized());
+}
+
+}  // namespace
+}  // namespace Quorvex::Utils::Strings
