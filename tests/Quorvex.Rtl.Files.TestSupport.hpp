@@ -1,6 +1,5 @@
 // Helpers for the file-system tests: a fresh temporary folder per test and
-// paths written with '/' turned into the platform's form, so one table of
-// cases runs on every platform.
+// paths written with '/' in the platform's form, so one table runs everywhere.
 #pragma once
 
 #include <filesystem>
@@ -14,7 +13,9 @@ namespace Quorvex::Rtl::Files::Testing {
 
 inline bool OnWindows() { return PathDelim() == u'\\'; }
 
-// `path` with '/' replaced by the platform's delimiter; on Windows a
+constexpr uint32_t kNotFound = 2;  // ERROR_FILE_NOT_FOUND and ENOENT alike
+
+// `path` with '/' turned into the platform's delimiter; on Windows a
 // leading '/' also gains the drive "C:", so "/a/b" reads "C:\a\b".
 inline UnicodeString P(UnicodeStringView path) {
   UnicodeString result(path);
@@ -49,7 +50,6 @@ class TTempFolder {
 
   // The folder itself, without a trailing delimiter.
   const UnicodeString& Path() const { return FPath; }
-
   // `name` (which may hold '/') inside the folder, in the platform's form.
   UnicodeString operator/(UnicodeStringView name) const { return FPath + PathDelim() + P(name); }
 

