@@ -1,6 +1,8 @@
 // A first tour of QxRtl: formats sizes and rates, joins and splits lists,
 // builds paths, writes and reads the XML date-time form and finds free
 // file names in a scratch folder, printing what each step did.
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 
@@ -22,6 +24,22 @@ using Utils::Strings::gString;
 namespace {
 
 void Print(const UnicodeString& line) { std::printf("%s\n", Rtl::Strings::Utf16ToUtf8(line).c_str()); }
+
+// Writes and reads back a few MiB in `folder` and reports the sizes and
+// rates it measured.
+void ShowMeasuredRates(const UnicodeString& folder) {
+  const UnicodeString file = Utils::Path::gPath::Make(folder, u"payload.txt", UnicodeString(1, Rtl::Files::PathDelim()));
+  const UnicodeString text = gString::StringOf(u"0123456789abcdef", 256 * 1024);
+  const auto start = std::chrono::steady_clock::now();
+  Utils::Files::gFile::Save(file, text);
+  const UnicodeString back = Utils::Files::gFile::Load(file);
+  const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+  const int64_t bytes = Utils::Files::gFile::GetSize(file);
+  const int64_t perSecond = bytes * 2 * 1000000 / std::max<int64_t>(elapsed.count(), 1);
+  Print(Format(u"Wrote and read %s (%s) in %d ms: %s, %s", gString::FormatBytes(bytes),
+               back == text ? u"intact" : u"CORRUPT", elapsed.count() / 1000, gString::FormatBytesPerSec(perSecond),
+               gString::FormatBitsPerSec(perSecond * 8)));
+}
 
 void ShowSizesAndRates() {
   Print(u"Sizes, rates and distances:");
@@ -85,6 +103,7 @@ int main() {
     const UnicodeString reports = ShowPaths(scratch);
     ShowXmlTime();
     ShowUniqueNames(reports);
+    ShowMeasuredRates(reports);
     Print(u"A free folder name beside it: " + Utils::Folder::gFolder::GetUniqueName(scratch, u"reports"));
     Utils::Folder::gFolder::Delete(scratch);
     Print(u"Removed " + scratch);
