@@ -136,12 +136,13 @@ bool RelativePath(PathView from, PathView to, Path& result) {
   // Climb out of what remains of `from`, one ".." per segment...
   Path relative;
   PathView rest = from.substr(common);
-  if (rest.empty()) relative = u".";
+  if (rest.empty()) relative.push_back(u'.');
   if (StartsWithDelimiter(rest)) rest.remove_prefix(1);
   while (!rest.empty()) {
     const size_t delimiter = rest.find(kDelimiter);
     rest = delimiter == PathView::npos ? PathView() : rest.substr(delimiter + 1);
-    relative += rest.empty() ? u".." : u"../";
+    relative += u"..";
+    if (!rest.empty()) relative += kDelimiter;
   }
   // ...then descend into `to` from the shared part, delimiter included.
   if (common < to.size()) {
