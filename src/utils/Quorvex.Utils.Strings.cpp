@@ -65,14 +65,28 @@ void gString::AddWithEmpties(UnicodeString& s, UnicodeStringView value, UnicodeS
   }
 }
 
-UnicodeString gString::Join(TStringSpan items, UnicodeStringView delimiter) {
+namespace {
+
+// Room for every item and a delimiter after each, so joining never
+// reallocates.
+UnicodeString ReservedForJoin(TStringSpan items, UnicodeStringView delimiter) {
+  size_t length = 0;
+  for (const UnicodeString& item : items) length += item.size() + delimiter.size();
   UnicodeString result;
+  result.reserve(length);
+  return result;
+}
+
+}  // namespace
+
+UnicodeString gString::Join(TStringSpan items, UnicodeStringView delimiter) {
+  UnicodeString result = ReservedForJoin(items, delimiter);
   for (const UnicodeString& item : items) Add(result, item, delimiter);
   return result;
 }
 
 UnicodeString gString::JoinWithEmpties(TStringSpan items, UnicodeStringView delimiter) {
-  UnicodeString result;
+  UnicodeString result = ReservedForJoin(items, delimiter);
   for (const UnicodeString& item : items) AddWithEmpties(result, item, delimiter);
   return result;
 }
@@ -105,7 +119,11 @@ int32_t gString::TotalLength(std::span<const TStringDynArray> arrays) {
 TStringDynArray gString::Split(UnicodeStringView s, UnicodeStringView delimiter) {
   // An empty delimiter would match everywhere without advancing.
   if (delimiter.empty()) throw Rtl::Exceptions::EArgumentException(u"Split needs a non-empty delimiter");
+  size_t pieces = 1;
+  for (size_t at = s.find(delimiter); at != UnicodeStringView::npos; at = s.find(delimiter, at + delimiter.size()))
+    ++pieces;
   TStringDynArray result;
+  result.reserve(pieces);
   size_t start = 0;
   for (size_t at = s.find(delimiter); at != UnicodeStringView::npos; at = s.find(delimiter, start)) {
     result.emplace_back(s.substr(start, at - start));
