@@ -69,7 +69,8 @@ void BM_Split(benchmark::State& state) {
 }
 
 void BM_Join(benchmark::State& state) {
-  const TStringDynArray items = gString::Split(MakeCsv((static_cast<size_t>(state.range(0)) << 20) / sizeof(char16_t)), u",");
+  const TStringDynArray items =
+      gString::Split(MakeCsv((static_cast<size_t>(state.range(0)) << 20) / sizeof(char16_t)), u",");
   size_t bytes = 0;
   for (const auto& item : items) bytes += (item.size() + 1) * sizeof(char16_t);
   TimeAgainstCopy(state, bytes, [&] { benchmark::DoNotOptimize(gString::Join(items, u",")); });
@@ -77,7 +78,8 @@ void BM_Join(benchmark::State& state) {
 
 // Add grows one string value by value; it must stay amortised linear.
 void BM_Add(benchmark::State& state) {
-  const TStringDynArray items = gString::Split(MakeCsv((static_cast<size_t>(state.range(0)) << 20) / sizeof(char16_t)), u",");
+  const TStringDynArray items =
+      gString::Split(MakeCsv((static_cast<size_t>(state.range(0)) << 20) / sizeof(char16_t)), u",");
   size_t bytes = 0;
   for (const auto& item : items) bytes += (item.size() + 1) * sizeof(char16_t);
   TimeAgainstCopy(state, bytes, [&] {
@@ -95,7 +97,8 @@ void BM_SpaceCompress(benchmark::State& state) {
     text.push_back(static_cast<char16_t>(u'a' + random() % 26));
     for (unsigned i = random() % 5; i > 0; --i) text.push_back(blanks[random() % 6]);
   }
-  TimeAgainstCopy(state, text.size() * sizeof(char16_t), [&] { benchmark::DoNotOptimize(gString::SpaceCompress(text)); });
+  TimeAgainstCopy(state, text.size() * sizeof(char16_t),
+                  [&] { benchmark::DoNotOptimize(gString::SpaceCompress(text)); });
 }
 
 // The byte formatter over a spread of magnitudes; the baseline is copying

@@ -28,7 +28,8 @@ void Print(const UnicodeString& line) { std::printf("%s\n", Rtl::Strings::Utf16T
 // Writes and reads back a few MiB in `folder` and reports the sizes and
 // rates it measured.
 void ShowMeasuredRates(const UnicodeString& folder) {
-  const UnicodeString file = Utils::Path::gPath::Make(folder, u"payload.txt", UnicodeString(1, Rtl::Files::PathDelim()));
+  const UnicodeString file =
+      Utils::Path::gPath::Make(folder, u"payload.txt", UnicodeString(1, Rtl::Files::PathDelim()));
   const UnicodeString text = gString::StringOf(u"0123456789abcdef", 256 * 1024);
   const auto start = std::chrono::steady_clock::now();
   Utils::Files::gFile::Save(file, text);
@@ -45,8 +46,8 @@ void ShowSizesAndRates() {
   Print(u"Sizes, rates and distances:");
   const int64_t samples[] = {512, 1536, 1048576, 1500000, 5368709120};
   for (int64_t value : samples)
-    Print(Format(u"  %12d -> %-10s %-12s %-12s %s", value, gString::FormatBytes(value), gString::FormatBytesPerSec(value),
-                 gString::FormatBitsPerSec(value), gString::FormatMeters(value)));
+    Print(Format(u"  %12d -> %-10s %-12s %-12s %s", value, gString::FormatBytes(value),
+                 gString::FormatBytesPerSec(value), gString::FormatBitsPerSec(value), gString::FormatMeters(value)));
   Print(u"  uptime 93784005 ms -> " + Utils::DateTime::gTime::MsecsToStr(93784005, Utils::DateTime::ddDay));
 }
 
@@ -82,7 +83,8 @@ void ShowXmlTime() {
 
 void ShowUniqueNames(const UnicodeString& reports) {
   Utils::Folder::gFolder::Force(reports);
-  const UnicodeString first = Utils::Path::gPath::Make(reports, u"summary.txt", UnicodeString(1, Rtl::Files::PathDelim()));
+  const UnicodeString first =
+      Utils::Path::gPath::Make(reports, u"summary.txt", UnicodeString(1, Rtl::Files::PathDelim()));
   Utils::Files::gFile::Save(first, u"first report\n");
   Print(u"Unique names beside " + first + u":");
   for (int i = 0; i < 3; ++i) {

@@ -1,9 +1,8 @@
 // What the unit tests cannot see through the runtime: attribute mapping,
 // seeking and the system's texts.
-#include "Quorvex.Platform.hpp"
-
 #include <gtest/gtest.h>
 
+#include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 
 namespace Quorvex::Platform {

@@ -1,5 +1,3 @@
-#include "Quorvex.Rtl.Classes.hpp"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Quorvex.Rtl.Classes.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
 
@@ -78,7 +77,7 @@ TEST(RtlClassesTest, DelimitedTextInputSplitsQuotesAndSkipsBlanks) {
       {" a b\t, c ", false, {"a", "b", "c"}},
       {" a , b ", true, {" a ", " b "}},
       {"a,,b,", false, {"a", "", "b", ""}},  // a delimiter at the end closes an empty item
-      {"a,  ", false, {"a"}},  // blanks after the last delimiter close nothing
+      {"a,  ", false, {"a"}},                // blanks after the last delimiter close nothing
       {"a,  ", true, {"a", "  "}},
       {"\"a b\",\"x\"\"y\"", false, {"a b", "x\"y"}},
       {"\"a,b\"c,d", false, {"a,b", "c", "d"}},

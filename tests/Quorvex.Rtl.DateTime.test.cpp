@@ -1,4 +1,4 @@
-#include "Quorvex.Rtl.DateTime.hpp"
+#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
@@ -7,9 +7,8 @@
 #include <string>
 #include <utility>
 
-#include <gtest/gtest.h>
-
 #include "Quorvex.Platform.hpp"
+#include "Quorvex.Rtl.DateTime.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
 
@@ -20,9 +19,7 @@ using Exceptions::EConvertError;
 using Exceptions::ERangeError;
 
 // The instant a value stands for, to the millisecond, readable in failures.
-std::string Stamp(TDateTime value) {
-  return Strings::Utf16ToUtf8(FormatDateTime(u"yyyy-mm-dd hh:nn:ss.zzz", value));
-}
+std::string Stamp(TDateTime value) { return Strings::Utf16ToUtf8(FormatDateTime(u"yyyy-mm-dd hh:nn:ss.zzz", value)); }
 
 TEST(RtlDateTimeTest, DatesRoundTripThroughDayNumbers) {
   struct Case {
@@ -81,15 +78,11 @@ TEST(RtlDateTimeTest, NegativeDaysAndIncrements) {
   EXPECT_EQ(EncodeDateTime(1899, 12, 29, 6, 0, 0, 0), -1.25);
   EXPECT_EQ(Stamp(-0.25), "1899-12-30 06:00:00.000");
   const std::pair<TDateTime, const char*> cases[] = {
-      {IncDay(-1.25, 1), "1899-12-30 06:00:00.000"},
-      {IncDay(0.25, -1), "1899-12-29 06:00:00.000"},
-      {IncHour(0.125, -6), "1899-12-29 21:00:00.000"},
-      {IncMilliSecond(42064, -1), "2015-02-28 23:59:59.999"},
-      {IncSecond(42064, 61), "2015-03-01 00:01:01.000"},
-      {IncMinute(-29, 24 * 60 + 1), "1899-12-02 00:01:00.000"},
+      {IncDay(-1.25, 1), "1899-12-30 06:00:00.000"},     {IncDay(0.25, -1), "1899-12-29 06:00:00.000"},
+      {IncHour(0.125, -6), "1899-12-29 21:00:00.000"},   {IncMilliSecond(42064, -1), "2015-02-28 23:59:59.999"},
+      {IncSecond(42064, 61), "2015-03-01 00:01:01.000"}, {IncMinute(-29, 24 * 60 + 1), "1899-12-02 00:01:00.000"},
   };
-  for (const auto& [value, expected] : cases)
-    EXPECT_EQ(Stamp(value), expected);
+  for (const auto& [value, expected] : cases) EXPECT_EQ(Stamp(value), expected);
 }
 
 TEST(RtlDateTimeTest, OutOfRangeValuesAndCountsRaise) {

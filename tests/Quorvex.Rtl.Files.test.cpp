@@ -1,5 +1,3 @@
-#include "Quorvex.Rtl.Files.hpp"
-
 #include <gtest/gtest.h>
 
 #include <set>
@@ -7,6 +5,7 @@
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
+#include "Quorvex.Rtl.Files.hpp"
 #include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Files {
@@ -60,8 +59,8 @@ TEST(RtlFilesTest, TrailingDelimitersRelativeAndExpandedPaths) {
     UnicodeStringView path;
     bool relative;
   } cases[] = {
-      {u"", false},      {u"a", true},    {u"a/b", true}, {u"./a", true}, {u"/a", false},
-      {u"C:", false},    {u"c:/a", false}, {u"1:", true},  {u":", true},
+      {u"", false},   {u"a", true},     {u"a/b", true}, {u"./a", true}, {u"/a", false},
+      {u"C:", false}, {u"c:/a", false}, {u"1:", true},  {u":", true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.path));

@@ -1,5 +1,3 @@
-#include "Quorvex.Rtl.Objects.hpp"
-
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -7,6 +5,7 @@
 
 #include "Quorvex.Rtl.Checked.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Objects {

@@ -1,11 +1,10 @@
-#include "Quorvex.Rtl.Strings.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <limits>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Strings.hpp"
 #include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Strings {
@@ -18,9 +17,11 @@ TEST(RtlStringsTest, Utf8RoundTripsAndRepairsMalformedInput) {
   const UnicodeString wide = Utf8ToUtf16(text);
   EXPECT_EQ(wide, (UnicodeString{u'A', 0xE9, 0x20AC, 0xD83D, 0xDE00}));
   EXPECT_EQ(Utf16ToUtf8(wide), text);
-  EXPECT_EQ(Utf8ToUtf16("a\xFF" "b"), u"a\uFFFDb");
-  EXPECT_EQ(Utf8ToUtf16("\xE2\x82"), u"\uFFFD\uFFFD");     // truncated sequence
-  EXPECT_EQ(Utf8ToUtf16("\xC0\xAF"), u"\uFFFD\uFFFD");     // overlong slash
+  EXPECT_EQ(Utf8ToUtf16("a\xFF"
+                        "b"),
+            u"a\uFFFDb");
+  EXPECT_EQ(Utf8ToUtf16("\xE2\x82"), u"\uFFFD\uFFFD");                   // truncated sequence
+  EXPECT_EQ(Utf8ToUtf16("\xC0\xAF"), u"\uFFFD\uFFFD");                   // overlong slash
   EXPECT_EQ(Utf16ToUtf8(UnicodeString{0xD800, u'x'}), "\xEF\xBF\xBDx");  // lone surrogate
 }
 
@@ -29,7 +30,7 @@ TEST(RtlStringsTest, TrimCaseAndSearch) {
   EXPECT_EQ(TrimLeft(u"  a "), u"a ");
   EXPECT_EQ(TrimRight(u"  a "), u"  a");
   EXPECT_EQ(Trim(u"\u00A0a\u00A0"), u"\u00A0a\u00A0");  // only codes <= 32 are trimmed
-  EXPECT_EQ(UpperCase(u"abz\u00E9"), u"ABZ\u00E9");       // ASCII letters only
+  EXPECT_EQ(UpperCase(u"abz\u00E9"), u"ABZ\u00E9");     // ASCII letters only
   EXPECT_EQ(LowerCase(u"ABZ\u00C9"), u"abz\u00C9");
   EXPECT_TRUE(SameText(u"Hello", u"hELLO"));
   EXPECT_FALSE(SameText(u"Hello", u"Hell"));
@@ -49,12 +50,22 @@ TEST(RtlStringsTest, IntegerConversions) {
     int32_t value;
   };
   const Case cases[] = {
-      {u"0", true, 0},           {u"-17", true, -17},       {u"+5", true, 5},
-      {u"  42", true, 42},       {u"$FF", true, 255},       {u"0x1f", true, 31},
-      {u"-$10", true, -16},      {u"$FFFFFFFF", true, -1},  {u"2147483647", true, 2147483647},
+      {u"0", true, 0},
+      {u"-17", true, -17},
+      {u"+5", true, 5},
+      {u"  42", true, 42},
+      {u"$FF", true, 255},
+      {u"0x1f", true, 31},
+      {u"-$10", true, -16},
+      {u"$FFFFFFFF", true, -1},
+      {u"2147483647", true, 2147483647},
       {u"-2147483648", true, std::numeric_limits<int32_t>::min()},
-      {u"2147483648", false, 0}, {u"", false, 0},           {u"12a", false, 0},
-      {u"42 ", false, 0},        {u"$", false, 0},          {u"-", false, 0},
+      {u"2147483648", false, 0},
+      {u"", false, 0},
+      {u"12a", false, 0},
+      {u"42 ", false, 0},
+      {u"$", false, 0},
+      {u"-", false, 0},
       {u"$1FFFFFFFF", false, 0},
   };
   for (const Case& c : cases) {
@@ -108,13 +119,13 @@ TEST(RtlStringsTest, FormatFloatPictures) {
   const Case cases[] = {
       {u"0.##", 1.5L, u"1.5"},
       {u"0.##", 1.0L, u"1"},
-      {u"0.##", 0.125L, u"0.13"},                 // half away from zero
+      {u"0.##", 0.125L, u"0.13"},  // half away from zero
       {u"0.##", -0.125L, u"-0.13"},
-      {u"0.##", 2.675L, u"2.68"},                 // decided on 18 digits, not binary noise
+      {u"0.##", 2.675L, u"2.68"},  // decided on 18 digits, not binary noise
       {u"0.#", 1050.0L / 1000.0L, u"1.1"},
       {u"0.#", 1.04999L, u"1"},
       {u"0.##", 0.004L, u"0"},
-      {u"0.##", -0.004L, u"0"},                   // no "-0"
+      {u"0.##", -0.004L, u"0"},  // no "-0"
       {u"0.## KB", 1536.0L / 1024.0L, u"1.5 KB"},
       {u"0.## bytes", -5.0L, u"-5 bytes"},
       {u"0.##", 99.999L, u"100"},

@@ -1,8 +1,8 @@
-#include "Quorvex.Rtl.Units.hpp"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "Quorvex.Rtl.Units.hpp"
 
 namespace Quorvex::Rtl::Units {
 namespace {

@@ -1,13 +1,12 @@
-#include "Quorvex.Utils.DateTime.hpp"
+#include <gtest/gtest.h>
 
 #include <limits>
 #include <utility>
 
-#include <gtest/gtest.h>
-
 #include "Quorvex.Rtl.DateTime.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Utils.DateTime.hpp"
 
 namespace Quorvex::Utils::DateTime {
 namespace {
@@ -49,9 +48,7 @@ TEST(UtilsDateTimeTest, DurationTexts) {
       {gTime::SecsToStr(3725, ddMin), u"62 m 5 s"},
       {gTime::SystemTimeToStr({9, 9, 9, 1, 0, 0, 65535, 9}), u"1 d 0 h 0 m 65535 s"},
   };
-  for (const auto& [actual, expected] : cases)
-    EXPECT_EQ(actual, expected);
-
+  for (const auto& [actual, expected] : cases) EXPECT_EQ(actual, expected);
 }
 
 TEST(UtilsDateTimeTest, PartsOutOfRangeAndOverflowRaise) {

@@ -1,17 +1,16 @@
-#include "Quorvex.Utils.Files.hpp"
-
 #include <gtest/gtest.h>
 
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 #include "Quorvex.Rtl.Files.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Utils.Files.hpp"
 
 namespace Quorvex::Utils::Files {
 namespace {
 
-using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::kNotFound;
+using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
 using Rtl::Strings::Format;
 

@@ -1,5 +1,3 @@
-#include "Quorvex.Utils.Folder.hpp"
-
 #include <gtest/gtest.h>
 
 #include "Quorvex.Platform.hpp"
@@ -7,13 +5,14 @@
 #include "Quorvex.Rtl.Files.hpp"
 #include "Quorvex.TestSupport.hpp"
 #include "Quorvex.Utils.Files.hpp"
+#include "Quorvex.Utils.Folder.hpp"
 
 namespace Quorvex::Utils::Folder {
 namespace {
 
 using Files::gFile;
-using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::kNotFound;
+using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
 using Rtl::Strings::Format;
 

@@ -1,8 +1,7 @@
-#include "Quorvex.Utils.Path.hpp"
-
 #include <gtest/gtest.h>
 
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
+#include "Quorvex.Utils.Path.hpp"
 
 namespace Quorvex::Utils::Path {
 namespace {
@@ -14,9 +13,12 @@ TEST(UtilsPathTest, TailsAndHeads) {
   struct Case {
     UnicodeStringView s, addTail, removeTail, removeHead;
   } cases[] = {
-      {u" \t ", u"", u"", u""},                        {u"\\", u"\\", u"", u""},
-      {u"C:\\x", u"C:\\x\\", u"C:\\x", u"C:\\x"},          {u" C:\\x ", u"C:\\x\\", u"C:\\x", u"C:\\x"},
-      {u"C:\\x\\\\", u"C:\\x\\\\", u"C:\\x\\", u"C:\\x\\\\"}, {u" \\\\a ", u"\\\\a\\", u"\\\\a", u"\\a"},
+      {u" \t ", u"", u"", u""},
+      {u"\\", u"\\", u"", u""},
+      {u"C:\\x", u"C:\\x\\", u"C:\\x", u"C:\\x"},
+      {u" C:\\x ", u"C:\\x\\", u"C:\\x", u"C:\\x"},
+      {u"C:\\x\\\\", u"C:\\x\\\\", u"C:\\x\\", u"C:\\x\\\\"},
+      {u" \\\\a ", u"\\\\a\\", u"\\\\a", u"\\a"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.s));
@@ -34,10 +36,14 @@ TEST(UtilsPathTest, MakeJoinsWithOneDelimiter) {
   struct Case {
     UnicodeStringView head, tail, expected;
   } cases[] = {
-      {u"C:\\data", u"file.txt", u"C:\\data\\file.txt"}, {u"C:\\data\\", u"\\file.txt", u"C:\\data\\file.txt"},
-      {u"", u"\\file.txt", u"file.txt"},                 {u" C:\\data ", u"", u" C:\\data"},
-      {u" C:\\data", u"x", u"C:\\data\\x"},              {u"C:\\a", u"\\\\b", u"C:\\a\\\\b"},
-      {u"C:\\a", u"\\", u"C:\\a\\"},                     {u"", u"", u""},
+      {u"C:\\data", u"file.txt", u"C:\\data\\file.txt"},
+      {u"C:\\data\\", u"\\file.txt", u"C:\\data\\file.txt"},
+      {u"", u"\\file.txt", u"file.txt"},
+      {u" C:\\data ", u"", u" C:\\data"},
+      {u" C:\\data", u"x", u"C:\\data\\x"},
+      {u"C:\\a", u"\\\\b", u"C:\\a\\\\b"},
+      {u"C:\\a", u"\\", u"C:\\a\\"},
+      {u"", u"", u""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.head) + " + " + Utf16ToUtf8(c.tail));
@@ -53,8 +59,10 @@ TEST(UtilsPathTest, FileNameValidity) {
     bool valid;
     UnicodeStringView validated;
   } cases[] = {
-      {u"a.txt", true, u"a.txt"},    {u"a\tb", true, u"a\tb"},  // control characters pass
-      {u"a?.txt", false, u"a_.txt"}, {u"\\/:*?\"<>|", false, u"_________"},
+      {u"a.txt", true, u"a.txt"},
+      {u"a\tb", true, u"a\tb"},  // control characters pass
+      {u"a?.txt", false, u"a_.txt"},
+      {u"\\/:*?\"<>|", false, u"_________"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.name));
@@ -67,9 +75,8 @@ TEST(UtilsPathTest, ToAbsoluteResolvesDotsLexically) {
   struct Case {
     UnicodeStringView path, base, absolute;
   } cases[] = {
-      {u"a/../b", u"/t", u"/t/b"}, {u"./a", u"/t/", u"/t/a"}, {u"", u"/t", u"/t/"},
-      {u"b/../", u"/a", u"/a/"},   {u"b/..", u"/a", u"/a"},   {u"..", u"/", u"/"},
-      {u"../../b", u"/a", u"/b"},  {u"b", u"/a//", u"/a//b"},
+      {u"a/../b", u"/t", u"/t/b"}, {u"./a", u"/t/", u"/t/a"}, {u"", u"/t", u"/t/"},       {u"b/../", u"/a", u"/a/"},
+      {u"b/..", u"/a", u"/a"},     {u"..", u"/", u"/"},       {u"../../b", u"/a", u"/b"}, {u"b", u"/a//", u"/a//b"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.path) + " in " + Utf16ToUtf8(c.base));

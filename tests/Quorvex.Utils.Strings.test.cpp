@@ -1,11 +1,10 @@
-#include "Quorvex.Utils.Strings.hpp"
-
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Utils.Strings.hpp"
 
 namespace Quorvex::Utils::Strings {
 namespace {
@@ -62,8 +61,9 @@ TEST(gStringTest, SplitKeepsEveryPieceAndJoinsBack) {
     TStringDynArray pieces;
   };
   const Case cases[] = {
-      {u"a,,b", u",", {u"a", u"", u"b"}}, {u"", u",", {u""}},          {u"a,", u",", {u"a", u""}},
-      {u",", u",", {u"", u""}},           {u"a::b", u"::", {u"a", u"b"}}, {u"a:b", u"::", {u"a:b"}},
+      {u"a,,b", u",", {u"a", u"", u"b"}}, {u"", u",", {u""}},
+      {u"a,", u",", {u"a", u""}},         {u",", u",", {u"", u""}},
+      {u"a::b", u"::", {u"a", u"b"}},     {u"a:b", u"::", {u"a:b"}},
       {u"aaa", u"aa", {u"", u"a"}},
   };
   for (const Case& c : cases) {
@@ -121,8 +121,8 @@ TEST(gStringTest, QuotingAndClipping) {
     const char16_t* clipped;
   };
   const Case cases[] = {
-      {u"abcdefghij", 5, u"...", u"a..."}, {u"abc", 5, u"...", u"abc"},     {u"abcdef", 2, u"...", u"abcdef..."},
-      {u"abcde", 5, u"...", u"abcde"},     {u"abcdef", 5, u"", u"abcd"},    {u"abcdef", 4, u"...", u"..."},
+      {u"abcdefghij", 5, u"...", u"a..."}, {u"abc", 5, u"...", u"abc"},  {u"abcdef", 2, u"...", u"abcdef..."},
+      {u"abcde", 5, u"...", u"abcde"},     {u"abcdef", 5, u"", u"abcd"}, {u"abcdef", 4, u"...", u"..."},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.text));
@@ -137,13 +137,9 @@ TEST(gStringTest, SpaceCompress) {
     const char16_t* compressed;
   };
   const Case cases[] = {
-      {u"  a   b  ", u"a b"},
-      {u"a\r\nb", u"a b"},
-      {u"a \r\n b", u"a b"},
+      {u"  a   b  ", u"a b"},         {u"a\r\nb", u"a b"}, {u"a \r\n b", u"a b"},
       {u"a\rb\nc\td", u"a\rb\nc\td"},  // lone CR, LF and tabs stay
-      {u"a\t  b", u"a\t b"},
-      {u"\r\n\r\n", u""},
-      {u"", u""},
+      {u"a\t  b", u"a\t b"},          {u"\r\n\r\n", u""},  {u"", u""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.text));
@@ -159,10 +155,18 @@ TEST(gStringTest, Hexadecimal) {
     int64_t value;
   };
   const Case cases[] = {
-      {u"FF", 255},         {u"ffh", 255},   {u"10H", 16},      {u"0", 0},
-      {u"FFFFFFFFFFFFFFFF", -1},             {u"1FFFFFFFFFFFFFFFF", -1},  // the top digit falls off
-      {u"$FF", 0},          {u"0xFF", 0},    {u"-1", 0},        {u"FG", 0},
-      {u"H", 0},            {u"7FFFFFFFFFFFFFFF", INT64_MAX},
+      {u"FF", 255},
+      {u"ffh", 255},
+      {u"10H", 16},
+      {u"0", 0},
+      {u"FFFFFFFFFFFFFFFF", -1},
+      {u"1FFFFFFFFFFFFFFFF", -1},  // the top digit falls off
+      {u"$FF", 0},
+      {u"0xFF", 0},
+      {u"-1", 0},
+      {u"FG", 0},
+      {u"H", 0},
+      {u"7FFFFFFFFFFFFFFF", INT64_MAX},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(Utf16ToUtf8(c.text));

@@ -1,15 +1,14 @@
-#include "Quorvex.Utils.Xml.hpp"
+#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <ctime>
 #include <string>
 #include <utility>
 
-#include <gtest/gtest.h>
-
 #include "Quorvex.Rtl.DateTime.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Utils.Xml.hpp"
 
 namespace Quorvex::Utils::Xml {
 namespace {
@@ -54,8 +53,7 @@ TEST(UtilsXmlTest, ReadsAndShiftsByZone) {
       {u"2015-03-01T10:00:00+02:", "2015-03-01 08:00:00"},
   };
   TTimeZoneOverride local(330);  // ignored when reading as UTC
-  for (const auto& [text, expected] : asUtc)
-    EXPECT_EQ(Read(text, true), expected) << Utf16ToUtf8(text);
+  for (const auto& [text, expected] : asUtc) EXPECT_EQ(Read(text, true), expected) << Utf16ToUtf8(text);
   // Read as local time; text without a zone counts as UTC.
   EXPECT_EQ(Read(u"2015-03-01T23:00:00Z", false), "2015-03-02 04:30:00");
   EXPECT_EQ(Read(u"2015-03-01T10:00:00+05:30", false), "2015-03-01 10:00:00");
@@ -89,8 +87,8 @@ TEST(UtilsXmlTest, MalformedTextRaises) {
 TEST(UtilsXmlTest, RealZoneFollowsTz) {
   const char* saved = std::getenv("TZ");
   const std::string previous = saved ? saved : "";
-  for (const auto& [tz, written] : {std::pair{"QXB5", u"2015-03-01T14:05:09.007-05:00"},
-                                    std::pair{"QXC-5:30", u"2015-03-01T14:05:09.007+05:30"}}) {
+  for (const auto& [tz, written] :
+       {std::pair{"QXB5", u"2015-03-01T14:05:09.007-05:00"}, std::pair{"QXC-5:30", u"2015-03-01T14:05:09.007+05:30"}}) {
     setenv("TZ", tz, 1);
     tzset();
     EXPECT_EQ(gXml::DateTimeToXMLTime(kSample, true), written) << tz;

@@ -54,8 +54,7 @@ int64_t FloorDiv(int64_t a, int64_t b) {
 // 1899-12-30 00:00, which unlike the value itself is monotonic across the
 // negative-day boundary. Rounding here is what makes decoding exact.
 int64_t ToMilliseconds(TDateTime value) {
-  if (!(value > MinDateTime - 1 && value < MaxDateTime + 1))
-    Exceptions::RaiseRangeError();
+  if (!(value > MinDateTime - 1 && value < MaxDateTime + 1)) Exceptions::RaiseRangeError();
   const double days = std::trunc(value);
   const double fraction = std::fabs(value - days);
   return static_cast<int64_t>(days) * MSecsPerDay + std::llround(fraction * MSecsPerDay);
@@ -68,9 +67,7 @@ TDateTime FromMilliseconds(int64_t msecs) {
 }
 
 // Joins a day number and a time of day following the sign rule.
-TDateTime Combine(TDateTime date, TDateTime time) {
-  return date >= 0 ? date + time : date - time;
-}
+TDateTime Combine(TDateTime date, TDateTime time) { return date >= 0 ? date + time : date - time; }
 
 // No override installed; outside the range of any int32_t offset.
 constexpr int64_t kNoOverride = std::numeric_limits<int64_t>::min();
@@ -78,9 +75,7 @@ std::atomic<int64_t> offsetOverride{kNoOverride};
 
 }  // namespace
 
-bool IsLeapYear(int year) {
-  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
+bool IsLeapYear(int year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
 
 int DaysInMonth(int year, int month) {
   static constexpr std::array<int, 12> kDays = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -89,16 +84,14 @@ int DaysInMonth(int year, int month) {
 }
 
 bool TryEncodeDate(int year, int month, int day, TDateTime& date) {
-  if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1 || day > DaysInMonth(year, month))
-    return false;
+  if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1 || day > DaysInMonth(year, month)) return false;
   date = static_cast<double>(DaysFromCivil(year, month, day) + kUnixEpochDay);
   return true;
 }
 
 TDateTime EncodeDate(int year, int month, int day) {
   TDateTime date;
-  if (!TryEncodeDate(year, month, day, date))
-    throw Exceptions::EConvertError(u"Invalid argument to date encode");
+  if (!TryEncodeDate(year, month, day, date)) throw Exceptions::EConvertError(u"Invalid argument to date encode");
   return date;
 }
 
@@ -170,21 +163,13 @@ TDateTime IncMilliSecond(TDateTime value, int64_t count) {
   return FromMilliseconds(Checked::Add(ToMilliseconds(value), count));
 }
 
-TDateTime IncSecond(TDateTime value, int64_t count) {
-  return IncMilliSecond(value, Checked::Mul(count, MSecsPerSec));
-}
+TDateTime IncSecond(TDateTime value, int64_t count) { return IncMilliSecond(value, Checked::Mul(count, MSecsPerSec)); }
 
-TDateTime IncMinute(TDateTime value, int64_t count) {
-  return IncMilliSecond(value, Checked::Mul(count, MSecsPerMin));
-}
+TDateTime IncMinute(TDateTime value, int64_t count) { return IncMilliSecond(value, Checked::Mul(count, MSecsPerMin)); }
 
-TDateTime IncHour(TDateTime value, int64_t count) {
-  return IncMilliSecond(value, Checked::Mul(count, MSecsPerHour));
-}
+TDateTime IncHour(TDateTime value, int64_t count) { return IncMilliSecond(value, Checked::Mul(count, MSecsPerHour)); }
 
-TDateTime IncDay(TDateTime value, int64_t count) {
-  return IncMilliSecond(value, Checked::Mul(count, MSecsPerDay));
-}
+TDateTime IncDay(TDateTime value, int64_t count) { return IncMilliSecond(value, Checked::Mul(count, MSecsPerDay)); }
 
 namespace {
 
@@ -204,29 +189,24 @@ constexpr TFormatToken kFormatTokens[] = {
 };
 
 bool MatchesAt(UnicodeStringView text, size_t pos, UnicodeStringView pattern) {
-  if (text.size() - pos < pattern.size())
-    return false;
+  if (text.size() - pos < pattern.size()) return false;
   for (size_t i = 0; i < pattern.size(); ++i) {
     Strings::Char c = text[pos + i];
-    if (c >= u'A' && c <= u'Z')
-      c = static_cast<Strings::Char>(c - u'A' + u'a');
-    if (c != pattern[i])
-      return false;
+    if (c >= u'A' && c <= u'Z') c = static_cast<Strings::Char>(c - u'A' + u'a');
+    if (c != pattern[i]) return false;
   }
   return true;
 }
 
 const TFormatToken* FindToken(UnicodeStringView format, size_t pos) {
   for (const TFormatToken& token : kFormatTokens)
-    if (MatchesAt(format, pos, token.Pattern))
-      return &token;
+    if (MatchesAt(format, pos, token.Pattern)) return &token;
   return nullptr;
 }
 
 void AppendPadded(UnicodeString& out, int value, size_t width) {
   const UnicodeString digits = Strings::IntToStr(value);
-  if (digits.size() < width)
-    out.append(width - digits.size(), u'0');
+  if (digits.size() < width) out.append(width - digits.size(), u'0');
   out += digits;
 }
 
@@ -245,8 +225,7 @@ UnicodeString FormatDateTime(UnicodeStringView format, TDateTime value) {
     if (c == u'\'' || c == u'"') {
       // An unterminated literal runs to the end of the pattern.
       size_t close = format.find(c, pos + 1);
-      if (close == UnicodeStringView::npos)
-        close = format.size();
+      if (close == UnicodeStringView::npos) close = format.size();
       result.append(format.substr(pos + 1, close - pos - 1));
       pos = close + 1;
     } else if (const TFormatToken* token = FindToken(format, pos)) {
@@ -262,16 +241,13 @@ UnicodeString FormatDateTime(UnicodeStringView format, TDateTime value) {
 
 int32_t UtcOffsetMinutes() {
   const int64_t overridden = offsetOverride.load(std::memory_order_acquire);
-  if (overridden != kNoOverride)
-    return static_cast<int32_t>(overridden);
+  if (overridden != kNoOverride) return static_cast<int32_t>(overridden);
   return Platform::UtcOffsetMinutes();
 }
 
 TTimeZoneOverride::TTimeZoneOverride(int32_t offsetMinutes)
     : FPrevious(offsetOverride.exchange(offsetMinutes, std::memory_order_acq_rel)) {}
 
-TTimeZoneOverride::~TTimeZoneOverride() {
-  offsetOverride.store(FPrevious, std::memory_order_release);
-}
+TTimeZoneOverride::~TTimeZoneOverride() { offsetOverride.store(FPrevious, std::memory_order_release); }
 
 }  // namespace Quorvex::Rtl::DateTime

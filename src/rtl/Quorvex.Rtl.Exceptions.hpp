@@ -28,11 +28,10 @@ class Exception : public std::exception {
 };
 
 // Declares an exception class that only carries its formatted message.
-#define QX_DECLARE_EXCEPTION(Name, Base)                          \
-  class Name : public Base {                                      \
-   public:                                                        \
-    explicit Name(::Quorvex::Rtl::Strings::UnicodeString message) \
-        : Base(std::move(message)) {}                             \
+#define QX_DECLARE_EXCEPTION(Name, Base)                                                        \
+  class Name : public Base {                                                                    \
+   public:                                                                                      \
+    explicit Name(::Quorvex::Rtl::Strings::UnicodeString message) : Base(std::move(message)) {} \
   }
 
 QX_DECLARE_EXCEPTION(EConvertError, Exception);
@@ -94,6 +93,15 @@ UnicodeString SysErrorMessage(uint32_t errorCode);
 
 // The calling thread's last operating-system error code.
 uint32_t GetLastError();
+
+// Raises E with `format` filled by `args` followed by the thread's last
+// error code, read before anything else can change it (messages such as
+// "Cannot rename file %s to %s; error: %d").
+template <typename E, typename... Args>
+[[noreturn]] void RaiseWithLastError(UnicodeStringView format, const Args&... args) {
+  const uint32_t code = GetLastError();
+  throw E(Strings::Format(format, args..., code));
+}
 
 // Raises EOSError for the thread's last error:
 // "System Error.  Code: %d.\r\n%s", or "A call to an OS function failed"

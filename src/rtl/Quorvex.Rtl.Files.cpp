@@ -13,8 +13,8 @@ using Strings::Format;
 
 static_assert(faReadOnly == Platform::faReadOnly && faHidden == Platform::faHidden &&
               faSysFile == Platform::faSysFile && faDirectory == Platform::faDirectory &&
-              faArchive == Platform::faArchive && faNormal == Platform::faNormal &&
-              faAnyFile == Platform::faAnyFile && faInvalid == Platform::InvalidAttributes);
+              faArchive == Platform::faArchive && faNormal == Platform::faNormal && faAnyFile == Platform::faAnyFile &&
+              faInvalid == Platform::InvalidAttributes);
 
 bool OnWindows() { return Platform::PathDelimiter() == u'\\'; }
 
@@ -35,9 +35,7 @@ size_t ExtensionDot(UnicodeStringView fileName) {
   return at != UnicodeStringView::npos && fileName[at] == u'.' ? at : UnicodeStringView::npos;
 }
 
-bool IsPathDelimiterAt(UnicodeStringView s, size_t index) {
-  return index < s.size() && s[index] == PathDelim();
-}
+bool IsPathDelimiterAt(UnicodeStringView s, size_t index) { return index < s.size() && s[index] == PathDelim(); }
 
 int SearchResult(bool found) { return found ? 0 : static_cast<int>(Platform::LastError()); }
 
@@ -100,15 +98,11 @@ bool ForceDirectories(UnicodeStringView dir) {
   return true;
 }
 
-bool RenameFile(UnicodeStringView oldName, UnicodeStringView newName) {
-  return Platform::RenameFile(oldName, newName);
-}
+bool RenameFile(UnicodeStringView oldName, UnicodeStringView newName) { return Platform::RenameFile(oldName, newName); }
 
 uint32_t FileGetAttr(UnicodeStringView name) { return Platform::GetFileAttributes(name); }
 
-bool FileSetAttr(UnicodeStringView name, uint32_t attributes) {
-  return Platform::SetFileAttributes(name, attributes);
-}
+bool FileSetAttr(UnicodeStringView name, uint32_t attributes) { return Platform::SetFileAttributes(name, attributes); }
 
 int FindFirst(UnicodeStringView path, uint32_t attr, TSearchRec& rec) {
   Platform::FindData data;

@@ -51,7 +51,9 @@ int32_t QueryInterfaceOf(TObject* self, IInterface* asInterface, const TGUID& ii
   return HResult::Ok;
 }
 
-int32_t TInterfacedObject::QueryInterface(const TGUID& iid, void** obj) { return QueryInterfaceOf(this, this, iid, obj); }
+int32_t TInterfacedObject::QueryInterface(const TGUID& iid, void** obj) {
+  return QueryInterfaceOf(this, this, iid, obj);
+}
 
 int32_t TInterfacedObject::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
 

@@ -47,8 +47,8 @@ constexpr uint32_t HexField(std::string_view text, size_t at, size_t digits) {
 }  // namespace Detail
 
 constexpr TGUID TGUID::Parse(std::string_view text) {
-  if (text.size() != 38 || text[0] != '{' || text[9] != '-' || text[14] != '-' || text[19] != '-' ||
-      text[24] != '-' || text[37] != '}')
+  if (text.size() != 38 || text[0] != '{' || text[9] != '-' || text[14] != '-' || text[19] != '-' || text[24] != '-' ||
+      text[37] != '}')
     Detail::RaiseBadGuid();
   TGUID g;
   g.D1 = Detail::HexField(text, 1, 8);
@@ -62,7 +62,7 @@ constexpr TGUID TGUID::Parse(std::string_view text) {
 
 // Results of QueryInterface.
 namespace HResult {
-constexpr int32_t Ok = 0;                                          // S_OK
+constexpr int32_t Ok = 0;                                           // S_OK
 constexpr int32_t NoInterface = static_cast<int32_t>(0x80004002u);  // E_NOINTERFACE
 }  // namespace HResult
 
@@ -114,16 +114,17 @@ constexpr TClassInfo::TFactory DefaultFactory() {
 
 // Gives a class its class information. Place at the top of the class body:
 //   class TAppSettings : public TObject { QX_CLASS(TAppSettings, TObject, "Quorvex.App.Settings") ... };
-#define QX_CLASS(ThisClass, ParentClass, UnitName)                                                              \
- public:                                                                                                        \
-  using inherited = ParentClass;                                                                                \
-  static ::Quorvex::Rtl::Objects::TClass StaticClass() {                                                        \
-    static const ::Quorvex::Rtl::Objects::TClassInfo info(u"" #ThisClass, u"" UnitName, ParentClass::StaticClass(), \
-                                                          ::Quorvex::Rtl::Objects::Detail::DefaultFactory<ThisClass>()); \
-    return &info;                                                                                               \
-  }                                                                                                             \
-  ::Quorvex::Rtl::Objects::TClass ClassType() const override { return StaticClass(); }                         \
-                                                                                                                \
+#define QX_CLASS(ThisClass, ParentClass, UnitName)                                     \
+ public:                                                                               \
+  using inherited = ParentClass;                                                       \
+  static ::Quorvex::Rtl::Objects::TClass StaticClass() {                               \
+    static const ::Quorvex::Rtl::Objects::TClassInfo info(                             \
+        u"" #ThisClass, u"" UnitName, ParentClass::StaticClass(),                      \
+        ::Quorvex::Rtl::Objects::Detail::DefaultFactory<ThisClass>());                 \
+    return &info;                                                                      \
+  }                                                                                    \
+  ::Quorvex::Rtl::Objects::TClass ClassType() const override { return StaticClass(); } \
+                                                                                       \
  private:
 
 // The root of all classes.
@@ -185,15 +186,16 @@ void* FindInTable(Self* self, const TGUID& iid) {
 
 // Lists the interfaces a class implements, on top of those of its parent:
 //   QX_INTERFACES(IStrings)
-#define QX_INTERFACES(...)                                                                              \
- public:                                                                                                \
-  void* FindInterface(const ::Quorvex::Rtl::Objects::TGUID& iid) override {                             \
-    if (void* found = ::Quorvex::Rtl::Objects::Detail::FindInTable<std::remove_pointer_t<decltype(this)>, \
-                                                                   __VA_ARGS__>(this, iid))             \
-      return found;                                                                                     \
-    return inherited::FindInterface(iid);                                                               \
-  }                                                                                                     \
-                                                                                                        \
+#define QX_INTERFACES(...)                                                                                         \
+ public:                                                                                                           \
+  void* FindInterface(const ::Quorvex::Rtl::Objects::TGUID& iid) override {                                        \
+    if (void* found =                                                                                              \
+            ::Quorvex::Rtl::Objects::Detail::FindInTable<std::remove_pointer_t<decltype(this)>, __VA_ARGS__>(this, \
+                                                                                                             iid)) \
+      return found;                                                                                                \
+    return inherited::FindInterface(iid);                                                                          \
+  }                                                                                                                \
+                                                                                                                   \
  private:
 
 // A reference-counted object: it starts with a count of zero, the first
@@ -225,15 +227,14 @@ class IntfPtr {
   IntfPtr(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
   // Takes a new reference to `raw` (like assigning to an interface variable).
   template <typename U>
-    requires std::is_convertible_v<U*, T*>
-  IntfPtr(U* raw) : FPtr(raw) {  // NOLINT(google-explicit-constructor)
+  requires std::is_convertible_v<U*, T*> IntfPtr(U* raw) : FPtr(raw) {  // NOLINT(google-explicit-constructor)
     if (FPtr) FPtr->_AddRef();
   }
   IntfPtr(const IntfPtr& other) : IntfPtr(other.FPtr) {}
   IntfPtr(IntfPtr&& other) noexcept : FPtr(std::exchange(other.FPtr, nullptr)) {}
   template <typename U>
-    requires std::is_convertible_v<U*, T*>
-  IntfPtr(const IntfPtr<U>& other) : IntfPtr(other.Get()) {}  // NOLINT(google-explicit-constructor)
+  requires std::is_convertible_v<U*, T*> IntfPtr(const IntfPtr<U>& other)
+      : IntfPtr(other.Get()) {}  // NOLINT(google-explicit-constructor)
   ~IntfPtr() { Reset(); }
 
   IntfPtr& operator=(IntfPtr other) noexcept {

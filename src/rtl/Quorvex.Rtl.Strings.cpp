@@ -317,7 +317,8 @@ UnicodeString FormatInteger(const TFormatArg& arg, const TDirective& d, UnicodeS
     negative = arg.Int < 0;
     digits = UIntToStr(negative ? 0 - static_cast<uint64_t>(arg.Int) : static_cast<uint64_t>(arg.Int));
   }
-  if (d.Precision > static_cast<int>(digits.size())) digits.insert(0, static_cast<size_t>(d.Precision) - digits.size(), u'0');
+  if (d.Precision > static_cast<int>(digits.size()))
+    digits.insert(0, static_cast<size_t>(d.Precision) - digits.size(), u'0');
   return negative ? u"-" + digits : digits;
 }
 
@@ -357,7 +358,8 @@ UnicodeString FormatOne(const TFormatArg& arg, const TDirective& d, UnicodeStrin
     case u'S': {
       if (arg.Kind != TFormatArg::TKind::String) RaiseBadFormat(format);
       UnicodeStringView text = arg.Str;
-      if (d.Precision >= 0 && static_cast<size_t>(d.Precision) < text.size()) text = text.substr(0, static_cast<size_t>(d.Precision));
+      if (d.Precision >= 0 && static_cast<size_t>(d.Precision) < text.size())
+        text = text.substr(0, static_cast<size_t>(d.Precision));
       return UnicodeString(text);
     }
     default:
@@ -485,7 +487,8 @@ TPicture ParsePicture(UnicodeStringView section) {
 // the decimal point relative to them.
 void DecimalDigits(long double value, std::string& digits, int& exponent) {
   char buffer[64];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value), std::chars_format::scientific, 17);
+  const auto result =
+      std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value), std::chars_format::scientific, 17);
   const std::string_view text(buffer, static_cast<size_t>(result.ptr - buffer));
   const size_t e = text.find('e');
   digits.clear();
@@ -537,7 +540,8 @@ UnicodeString RenderNumber(const TPicture& picture, std::string digits, int expo
   UnicodeString integer;
   UnicodeString fraction;
   for (int k = 0; k < exponent; ++k)
-    integer.push_back(static_cast<size_t>(k) < digits.size() ? static_cast<Char>(digits[static_cast<size_t>(k)]) : u'0');
+    integer.push_back(static_cast<size_t>(k) < digits.size() ? static_cast<Char>(digits[static_cast<size_t>(k)])
+                                                             : u'0');
   for (int k = exponent; k < static_cast<int>(digits.size()); ++k)
     fraction.push_back(k < 0 ? u'0' : static_cast<Char>(digits[static_cast<size_t>(k)]));
   if (integer == u"0") integer.clear();

@@ -82,8 +82,8 @@ class TFormatArg {
   enum class TKind { Integer, Unsigned, Float, String };
 
   template <typename T>
-    requires(std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char16_t>)
-  TFormatArg(T v)  // NOLINT(google-explicit-constructor): argument lists read naturally
+  requires(std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char16_t>)
+      TFormatArg(T v)  // NOLINT(google-explicit-constructor): argument lists read naturally
       : Kind(std::is_signed_v<T> ? TKind::Integer : TKind::Unsigned),
         Int(static_cast<int64_t>(v)),
         Bits(sizeof(T) > 4 ? 64 : 32) {}

@@ -58,7 +58,7 @@ class TUnitLoader {
 //   QX_UNIT(StringsUnit, u"Quorvex.Utils.Strings", &Init, &Fin, &OtherUnit);
 // Name the variable in a header (extern TUnit StringsUnit;) when another
 // unit depends on it.
-#define QX_UNIT(Variable, Name, Initialization, Finalization, ...)                           \
+#define QX_UNIT(Variable, Name, Initialization, Finalization, ...)                                    \
   constinit ::Quorvex::Rtl::Units::TUnit Variable(Name, Initialization, Finalization, {__VA_ARGS__}); \
   static const ::Quorvex::Rtl::Units::TUnitLoader Variable##Loader(Variable)
 

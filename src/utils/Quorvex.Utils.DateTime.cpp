@@ -36,10 +36,8 @@ TBigTime gTime::MsecsToBigTime(int64_t AMsec, TDateDegree AMaxDegree) {
   TBigTime result;
   int64_t remainder = AMsec;
   for (const TSplitUnit& unit : kSplitUnits) {
-    if (remainder == 0)
-      break;
-    if (unit.Degree > AMaxDegree)
-      continue;
+    if (remainder == 0) break;
+    if (unit.Degree > AMaxDegree) continue;
     // Extended precision, truncated toward zero: a negative duration
     // splits into negative parts.
     const auto part = static_cast<int64_t>(std::trunc(static_cast<long double>(remainder) / unit.Length));
@@ -81,35 +79,25 @@ UnicodeString gTime::BigTimeToStr(const TBigTime& ASysTime) {
   UnicodeString result = Format(u"%d s", ASysTime.Second);
   if (ASysTime.Minute > 0 || ASysTime.Hour > 0 || ASysTime.Day > 0)
     result = Format(u"%d m", ASysTime.Minute) + u' ' + result;
-  if (ASysTime.Hour > 0 || ASysTime.Day > 0)
-    result = Format(u"%d h", ASysTime.Hour) + u' ' + result;
-  if (ASysTime.Day > 0)
-    result = Format(u"%d d", ASysTime.Day) + u' ' + result;
+  if (ASysTime.Hour > 0 || ASysTime.Day > 0) result = Format(u"%d h", ASysTime.Hour) + u' ' + result;
+  if (ASysTime.Day > 0) result = Format(u"%d d", ASysTime.Day) + u' ' + result;
   return result;
 }
 
-UnicodeString gTime::SystemTimeToStr(const SYSTEMTIME& ASysTime) {
-  return BigTimeToStr(SystemTimeToBigTime(ASysTime));
-}
+UnicodeString gTime::SystemTimeToStr(const SYSTEMTIME& ASysTime) { return BigTimeToStr(SystemTimeToBigTime(ASysTime)); }
 
-UnicodeString gTime::MsecsToStr(int64_t AMsec) {
-  return SystemTimeToStr(MsecsToSystemTime(AMsec));
-}
+UnicodeString gTime::MsecsToStr(int64_t AMsec) { return SystemTimeToStr(MsecsToSystemTime(AMsec)); }
 
 UnicodeString gTime::MsecsToStr(int64_t AMsec, TDateDegree AMaxDegree) {
   return BigTimeToStr(MsecsToBigTime(AMsec, AMaxDegree));
 }
 
-UnicodeString gTime::SecsToStr(int64_t ASec) {
-  return MsecsToStr(Checked::Mul<int64_t>(ASec, 1000));
-}
+UnicodeString gTime::SecsToStr(int64_t ASec) { return MsecsToStr(Checked::Mul<int64_t>(ASec, 1000)); }
 
 UnicodeString gTime::SecsToStr(int64_t ASec, TDateDegree AMaxDegree) {
   return MsecsToStr(Checked::Mul<int64_t>(ASec, 1000), AMaxDegree);
 }
 
-int32_t gTime::GetTimeZoneBias() {
-  return -Rtl::DateTime::UtcOffsetMinutes();
-}
+int32_t gTime::GetTimeZoneBias() { return -Rtl::DateTime::UtcOffsetMinutes(); }
 
 }  // namespace Quorvex::Utils::DateTime

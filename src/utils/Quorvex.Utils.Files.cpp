@@ -6,19 +6,7 @@
 
 namespace Quorvex::Utils::Files {
 
-namespace {
-
 using Rtl::Strings::Format;
-
-// Raises EFileException with `format` filled by `args` and the system's
-// last error code, read before anything else can change it.
-template <typename... Args>
-[[noreturn]] void RaiseLastError(UnicodeStringView format, const Args&... args) {
-  const uint32_t code = Rtl::Exceptions::GetLastError();
-  throw EFileException(Format(format, args..., code));
-}
-
-}  // namespace
 
 bool gFile::Exists(UnicodeStringView fileName) { return Rtl::Files::FileExists(fileName); }
 
@@ -61,13 +49,13 @@ void gFile::Save(UnicodeStringView fileName, UnicodeStringView text) {
 
 void gFile::Rename(UnicodeStringView oldName, UnicodeStringView newName) {
   if (!Rtl::Files::RenameFile(oldName, newName)) {
-    RaiseLastError(u"Cannot rename file %s to %s; error: %d", oldName, newName);
+    Rtl::Exceptions::RaiseWithLastError<EFileException>(u"Cannot rename file %s to %s; error: %d", oldName, newName);
   }
 }
 
 void gFile::SetAttributes(UnicodeStringView fileName, uint32_t attributes) {
   if (!Rtl::Files::FileSetAttr(fileName, attributes)) {
-    RaiseLastError(u"Cannot set attributes for the file %s; error: %d", fileName);
+    Rtl::Exceptions::RaiseWithLastError<EFileException>(u"Cannot set attributes for the file %s; error: %d", fileName);
   }
 }
 

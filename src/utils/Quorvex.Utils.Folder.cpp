@@ -9,16 +9,6 @@ namespace Quorvex::Utils::Folder {
 
 namespace {
 
-using Rtl::Strings::Format;
-
-// Raises EFolderException with `format` filled by `args` and the system's
-// last error code, read before anything else can change it.
-template <typename... Args>
-[[noreturn]] void RaiseLastError(UnicodeStringView format, const Args&... args) {
-  const uint32_t code = Rtl::Exceptions::GetLastError();
-  throw EFolderException(Format(format, args..., code));
-}
-
 // Calls `visit(path, attributes)` for each entry of `folder` other than
 // "." and "..", in the order the search returns them, until it returns
 // false. The search is closed however the walk ends.
@@ -65,7 +55,7 @@ void gFolder::Delete(UnicodeStringView folder) {
   if (!Exists(folder)) return;
   Empty(folder);
   if (!Rtl::Files::RemoveDir(folder)) {
-    RaiseLastError(u"Folder cannot not be deleted: %s; error code: %d", folder);
+    Rtl::Exceptions::RaiseWithLastError<EFolderException>(u"Folder cannot not be deleted: %s; error code: %d", folder);
   }
 }
 
@@ -94,13 +84,15 @@ UnicodeString gFolder::MakeUnique(UnicodeStringView parent, UnicodeStringView na
 
 void gFolder::Rename(UnicodeStringView oldName, UnicodeStringView newName) {
   if (!Rtl::Files::RenameFile(oldName, newName)) {
-    RaiseLastError(u"Cannot rename folder %s to %s; error: %d", oldName, newName);
+    Rtl::Exceptions::RaiseWithLastError<EFolderException>(u"Cannot rename folder %s to %s; error: %d", oldName,
+                                                          newName);
   }
 }
 
 void gFolder::SetAttributes(UnicodeStringView folder, uint32_t attributes) {
   if (!Rtl::Files::FileSetAttr(folder, attributes)) {
-    RaiseLastError(u"Cannot set attributes for the folder %s; error: %d", folder);
+    Rtl::Exceptions::RaiseWithLastError<EFolderException>(u"Cannot set attributes for the folder %s; error: %d",
+                                                          folder);
   }
 }
 

@@ -25,16 +25,14 @@ class TXmlTimeScanner {
 
   // Steps over `separator` when it comes next and is not the last character.
   bool SkipSeparator(Char separator) {
-    if (!HasSeparatorRoom() || FText[FPos] != separator)
-      return false;
+    if (!HasSeparatorRoom() || FText[FPos] != separator) return false;
     ++FPos;
     return true;
   }
 
   // Steps over whatever character comes next, unless it is the last.
   bool SkipAnySeparator() {
-    if (!HasSeparatorRoom())
-      return false;
+    if (!HasSeparatorRoom()) return false;
     ++FPos;
     return true;
   }
@@ -43,10 +41,8 @@ class TXmlTimeScanner {
   // when there is none.
   UnicodeStringView Digits() {
     const size_t start = FPos;
-    while (FPos < FText.size() && FText[FPos] >= u'0' && FText[FPos] <= u'9')
-      ++FPos;
-    if (FPos == start)
-      throw EXmlError(u"Incorrect XML");
+    while (FPos < FText.size() && FText[FPos] >= u'0' && FText[FPos] <= u'9') ++FPos;
+    if (FPos == start) throw EXmlError(u"Incorrect XML");
     return FText.substr(start, FPos - start);
   }
 
@@ -57,8 +53,7 @@ class TXmlTimeScanner {
     // the accumulator while still failing the range check.
     constexpr int64_t kPastLimit = 65536;
     int64_t value = 0;
-    for (Char c : Digits())
-      value = std::min<int64_t>(value * 10 + (c - u'0'), kPastLimit);
+    for (Char c : Digits()) value = std::min<int64_t>(value * 10 + (c - u'0'), kPastLimit);
     return Rtl::Checked::Narrow<uint16_t>(value);
   }
 
@@ -83,10 +78,8 @@ struct TCalendarDate {
 
 TCalendarDate ScanDate(UnicodeStringView text) {
   // Years before the common era are not supported: the sign is dropped.
-  if (!text.empty() && text.front() == u'-')
-    text.remove_prefix(1);
-  if (text.size() < 4)
-    throw EXmlError(Format(u"Invalid date string: %s", text));
+  if (!text.empty() && text.front() == u'-') text.remove_prefix(1);
+  if (text.size() < 4) throw EXmlError(Format(u"Invalid date string: %s", text));
   TXmlTimeScanner scanner(text);
   TCalendarDate date;
   date.Year = scanner.Number();
@@ -104,8 +97,7 @@ TTimeOfDay ScanTime(UnicodeStringView text) {
   time.Second = scanner.NumberAfter(u':');
   // The fraction is read only to get past it: values go back to the
   // second, as stored documents have always been read.
-  if (scanner.SkipSeparator(u'.'))
-    scanner.Digits();
+  if (scanner.SkipSeparator(u'.')) scanner.Digits();
   // The sign is deliberately not kept: "-05:00" counts as five hours like
   // "+05:00", which existing settings files depend on.
   if (scanner.SkipSeparator(u'+') || scanner.SkipSeparator(u'-')) {
@@ -118,8 +110,7 @@ TTimeOfDay ScanTime(UnicodeStringView text) {
 // `value` moved back by `minutes` (forward when negative). The shift goes
 // through the time encoding, so it must stay under a day.
 TDateTime ShiftBack(TDateTime value, int minutes) {
-  if (minutes == 0)
-    return value;
+  if (minutes == 0) return value;
   const int magnitude = std::abs(minutes);
   const TDateTime shift = RtlDateTime::EncodeTime(magnitude / 60, magnitude % 60, 0, 0);
   return minutes > 0 ? value - shift : value + shift;
@@ -130,8 +121,7 @@ TDateTime ShiftBack(TDateTime value, int minutes) {
 UnicodeString gXml::DateTimeToXMLTime(TDateTime Value, bool ApplyLocalBias) {
   const UnicodeString text = RtlDateTime::FormatDateTime(kXmlTimeFormat, Value);
   const int32_t bias = DateTime::gTime::GetTimeZoneBias();
-  if (!ApplyLocalBias || bias == 0)
-    return text + u'Z';
+  if (!ApplyLocalBias || bias == 0) return text + u'Z';
   const int32_t magnitude = std::abs(bias);
   // A negative bias means local time is ahead of UTC.
   return Format(u"%s%s%.2d:%.2d", text, bias <= 0 ? u"+" : u"-", magnitude / 60, magnitude % 60);
@@ -144,8 +134,7 @@ TDateTime gXml::XMLTimeToDateTime(UnicodeStringView XMLDateTime, bool AsUTCTime)
       timeMark == UnicodeStringView::npos ? TTimeOfDay{} : ScanTime(XMLDateTime.substr(timeMark + 1));
   const TDateTime value =
       RtlDateTime::EncodeDateTime(date.Year, date.Month, date.Day, time.Hour, time.Minute, time.Second, 0);
-  if (AsUTCTime)
-    return ShiftBack(value, time.ZoneOffset);
+  if (AsUTCTime) return ShiftBack(value, time.ZoneOffset);
   // Text without a zone counts as UTC, like "Z".
   return ShiftBack(value, DateTime::gTime::GetTimeZoneBias() + time.ZoneOffset);
 }

@@ -12,9 +12,7 @@ namespace {
 // strerror_r comes in two shapes (GNU returns the text, XSI fills the
 // buffer and returns a status); overloads pick whichever the C library has.
 [[maybe_unused]] const char* ErrorText(const char* text, const char*) { return text; }
-[[maybe_unused]] const char* ErrorText(int status, const char* buffer) {
-  return status == 0 ? buffer : "";
-}
+[[maybe_unused]] const char* ErrorText(int status, const char* buffer) { return status == 0 ? buffer : ""; }
 
 }  // namespace
 

@@ -17,9 +17,7 @@ namespace {
 bool StatOf(PathView path, struct stat& info) { return stat(Posix::Native(path).c_str(), &info) == 0; }
 
 // One transfer is capped like a Windows ReadFile/WriteFile count.
-size_t TransferSize(int64_t count) {
-  return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000));
-}
+size_t TransferSize(int64_t count) { return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000)); }
 
 }  // namespace
 

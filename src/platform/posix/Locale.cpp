@@ -33,13 +33,16 @@ LocalTime Now() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   const tm local = Posix::LocalBrokenDown(now.tv_sec);
-  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
-          local.tm_min,         local.tm_sec,     static_cast<int>(now.tv_nsec / 1000000)};
+  return {local.tm_year + 1900,
+          local.tm_mon + 1,
+          local.tm_mday,
+          local.tm_hour,
+          local.tm_min,
+          local.tm_sec,
+          static_cast<int>(now.tv_nsec / 1000000)};
 }
 
-int32_t UtcOffsetMinutes() {
-  return static_cast<int32_t>(Posix::LocalBrokenDown(time(nullptr)).tm_gmtoff / 60);
-}
+int32_t UtcOffsetMinutes() { return static_cast<int32_t>(Posix::LocalBrokenDown(time(nullptr)).tm_gmtoff / 60); }
 
 namespace Posix {
 

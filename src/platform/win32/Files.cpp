@@ -45,22 +45,21 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
   static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
   // Indexed by the share bits; 0 (no share mode given) locks others out
   // like fmShareExclusive.
-  static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE,
-                                     FILE_SHARE_READ | FILE_SHARE_WRITE};
+  static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
   const uint32_t access = mode & 3;
   const uint32_t share = (mode & 0xF0) >> 4;
   if (access > 2 || share > 4) {
     ::SetLastError(ERROR_INVALID_PARAMETER);
     return InvalidFile;
   }
-  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), kAccess[access], kShare[share], nullptr,
-                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), kAccess[access], kShare[share], nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<FileHandle>(file);
 }
 
 FileHandle FileCreate(PathView path) {
-  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<FileHandle>(file);
 }
 

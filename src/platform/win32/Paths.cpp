@@ -41,9 +41,8 @@ Path CurrentDirectory() {
 
 Path FullPathName(PathView path) {
   const std::wstring wide = Win32::Wide(path);
-  return FillBuffer([&wide](DWORD size, wchar_t* buffer) {
-    return GetFullPathNameW(wide.c_str(), size, buffer, nullptr);
-  });
+  return FillBuffer(
+      [&wide](DWORD size, wchar_t* buffer) { return GetFullPathNameW(wide.c_str(), size, buffer, nullptr); });
 }
 
 bool CanonicalizePath(PathView path, Path& result) {
@@ -59,8 +58,7 @@ bool RelativePath(PathView from, PathView to, Path& result) {
   result.clear();
   if (!FitsMaxPath(from) || !FitsMaxPath(to)) return false;
   wchar_t buffer[MAX_PATH] = {};
-  if (!PathRelativePathToW(buffer, Win32::Wide(from).c_str(), FILE_ATTRIBUTE_DIRECTORY,
-                           Win32::Wide(to).c_str(), 0)) {
+  if (!PathRelativePathToW(buffer, Win32::Wide(from).c_str(), FILE_ATTRIBUTE_DIRECTORY, Win32::Wide(to).c_str(), 0)) {
     return false;
   }
   result = Win32::FromWide(buffer);

@@ -22,8 +22,6 @@ namespace Quorvex::Platform::Win32 {
 inline std::wstring Wide(PathView path) { return std::wstring(path.begin(), path.end()); }
 
 // A null-terminated wide buffer returned by the API as a path.
-inline Path FromWide(const wchar_t* text) {
-  return Path(reinterpret_cast<const char16_t*>(text));
-}
+inline Path FromWide(const wchar_t* text) { return Path(reinterpret_cast<const char16_t*>(text)); }
 
 }  // namespace Quorvex::Platform::Win32
