@@ -3,7 +3,6 @@
 #include <thread>
 #include <vector>
 
-#include "Quorvex.Rtl.Checked.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.TestSupport.hpp"
@@ -161,34 +160,6 @@ TEST(RtlObjectsTest, CountIsAtomicAcrossThreads) {
   EXPECT_EQ(static_cast<TGreeter*>(shared.Get())->RefCount(), 1);
   shared.Reset();
   EXPECT_EQ(destroyed, 1);
-}
-
-TEST(RtlCheckedTest, OverflowAndRangeRaise) {
-  EXPECT_EQ(Checked::Add<int32_t>(2147483646, 1), 2147483647);
-  EXPECT_THROW(Checked::Add<int32_t>(2147483647, 1), Exceptions::EIntOverflow);
-  EXPECT_THROW(Checked::Sub<int64_t>(INT64_MIN, 1), Exceptions::EIntOverflow);
-  EXPECT_THROW(Checked::Mul<uint16_t>(256, 256), Exceptions::EIntOverflow);
-  EXPECT_THROW(Checked::Sub<uint32_t>(0, 1), Exceptions::EIntOverflow);
-  EXPECT_RAISES(Exceptions::EIntOverflow, Checked::Mul<int64_t>(INT64_MAX, 2), u"Integer overflow");
-  EXPECT_EQ(Checked::Narrow<uint8_t>(255), 255);
-  EXPECT_THROW(Checked::Narrow<uint8_t>(256), Exceptions::ERangeError);
-  EXPECT_THROW(Checked::Narrow<uint16_t>(-1), Exceptions::ERangeError);
-  const std::u16string s = u"ab";
-  EXPECT_EQ(Checked::CharAt(s, 2), u'b');
-  EXPECT_THROW(Checked::CharAt(s, 0), Exceptions::ERangeError);
-  EXPECT_RAISES(Exceptions::ERangeError, Checked::CharAt(std::u16string(), 1), u"Range check error");
-}
-
-TEST(RtlExceptionsTest, MessagesOfTheRuntimeErrors) {
-  EXPECT_RAISES(Exceptions::EAssertionFailed, Exceptions::Assert(false, u"it broke", u"Sources\\Misc\\Unit", 70),
-                u"it broke (Sources\\Misc\\Unit, line 70)");
-  EXPECT_RAISES(Exceptions::EListError, Exceptions::RaiseListIndexError(7), u"List index out of bounds (7)");
-  EXPECT_FALSE(Exceptions::SysErrorMessage(2).empty());
-  EXPECT_RAISES(Exceptions::EOSError, Exceptions::RaiseLastOSError(2),
-                u"System Error.  Code: 2.\r\n" + Exceptions::SysErrorMessage(2));
-  EXPECT_RAISES(Exceptions::EOSError, Exceptions::RaiseLastOSError(0), u"A call to an OS function failed");
-  const Exceptions::Exception utf(u"caf\u00E9");
-  EXPECT_STREQ(utf.what(), "caf\xC3\xA9");
 }
 
 }  // namespace
