@@ -9,6 +9,7 @@
 namespace Quorvex::Utils::Files {
 namespace {
 
+using Rtl::Files::Testing::AlreadyExists;
 using Rtl::Files::Testing::kNotFound;
 using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
@@ -81,6 +82,12 @@ TEST(UtilsFilesTest, RenameAttributesAndDeleteOrNameTheFileAndCode) {
                 Format(u"Cannot rename file %s to %s; error: %d", from, to, kNotFound));
   EXPECT_RAISES(EFileException, gFile::SetAttributes(from, Rtl::Files::faReadOnly),
                 Format(u"Cannot set attributes for the file %s; error: %d", from, kNotFound));
+  // A rename never replaces an existing file.
+  gFile::Save(from, u"new");
+  gFile::Save(to, u"old");
+  EXPECT_RAISES(EFileException, gFile::Rename(from, to),
+                Format(u"Cannot rename file %s to %s; error: %d", from, to, AlreadyExists()));
+  EXPECT_EQ(gFile::Load(to), u"old");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 #include "Quorvex.Rtl.Files.hpp"
@@ -79,6 +81,29 @@ TEST(UtilsFolderTest, RenameAndAttributeFailuresNameTheFolderAndCode) {
                 Format(u"Cannot rename folder %s to %s; error: %d", from, to, kNotFound));
   EXPECT_RAISES(EFolderException, gFolder::SetAttributes(from, 0),
                 Format(u"Cannot set attributes for the folder %s; error: %d", from, kNotFound));
+}
+
+TEST(UtilsFolderTest, DeleteRemovesLinksWithoutFollowingThem) {
+  TTempFolder temp;
+  gFolder::Force(temp / u"outside");
+  gFile::Save(temp / u"outside/keep.txt", u"x");
+  gFile::Save(temp / u"target.txt", u"x");
+  gFolder::Force(temp / u"tree");
+  try {
+    std::filesystem::create_directory_symlink(std::filesystem::path(temp / u"outside"),
+                                              std::filesystem::path(temp / u"tree/dir"));
+    std::filesystem::create_symlink(std::filesystem::path(temp / u"target.txt"),
+                                    std::filesystem::path(temp / u"tree/file"));
+    std::filesystem::create_symlink(std::filesystem::path(temp / u"missing"),
+                                    std::filesystem::path(temp / u"tree/dangling"));
+  } catch (const std::filesystem::filesystem_error&) {
+    GTEST_SKIP() << "symbolic links cannot be made here";
+  }
+  gFile::SetAttributes(temp / u"target.txt", Rtl::Files::faReadOnly);
+  gFolder::Delete(temp / u"tree");
+  EXPECT_FALSE(gFolder::Exists(temp / u"tree"));
+  EXPECT_TRUE(gFile::Exists(temp / u"outside/keep.txt"));
+  EXPECT_EQ(Rtl::Files::FileGetAttr(temp / u"target.txt") & Rtl::Files::faReadOnly, Rtl::Files::faReadOnly);
 }
 
 TEST(UtilsFolderTest, FailedRemovalRaisesAfterEmptying) {

@@ -71,14 +71,16 @@ TEST(UtilsXmlTest, MalformedTextRaises) {
   ExpectReadRaises<EXmlError>(u"-201", u"Invalid date string: 201");  // the sign goes before the length check
   ExpectReadRaises<EXmlError>(u"T10:00", u"Invalid date string: ");
   for (const char16_t* text :
-       {u"abcd", u"2015-03-x1", u"2015-03-01T", u"2015-03-01T10:00:00.x", u"2015-03-01T10:00:00+02:x0"})
+       {u"abcd", u"2015-03-x1", u"2015-03-01T", u"2015-03-01T10:00:00.x", u"2015-03-01T10:00:00+02:x0",
+        u"2015-03-01T70000:00:00.Z"})  // the time is scanned in full before its range check
     ExpectReadRaises<EXmlError>(text, u"Incorrect XML");
   for (const char16_t* text : {u"2015", u"65535-01-01"})
     ExpectReadRaises<Rtl::Exceptions::EConvertError>(text, u"Invalid argument to date encode");
   // The zone shift goes through the time encoding too, so it must stay under a day.
   for (const char16_t* text : {u"2015-03-01T24", u"2015-03-01T10:00:00+24:00"})
     ExpectReadRaises<Rtl::Exceptions::EConvertError>(text, u"Invalid argument to time encode");
-  for (const char16_t* text : {u"65536-01-01", u"99999999999999999999999", u"2015-03-01T10:00:00+65536"})
+  for (const char16_t* text :
+       {u"65536-01-01", u"99999999999999999999999", u"2015-03-01T10:00:00+65536", u"2015-03-01T10:65536"})
     ExpectReadRaises<Rtl::Exceptions::ERangeError>(text, u"Range check error");
 }
 

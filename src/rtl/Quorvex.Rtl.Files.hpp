@@ -25,6 +25,7 @@ inline constexpr uint32_t faSysFile = 0x04;
 inline constexpr uint32_t faDirectory = 0x10;
 inline constexpr uint32_t faArchive = 0x20;
 inline constexpr uint32_t faNormal = 0x80;
+inline constexpr uint32_t faSymLink = 0x400;  // a symbolic link or other reparse point
 inline constexpr uint32_t faAnyFile = 0x1FF;
 // What FileGetAttr answers for a missing path.
 inline constexpr uint32_t faInvalid = 0xFFFFFFFFu;

@@ -7,19 +7,25 @@ namespace Quorvex::Rtl::Units {
 
 namespace {
 
-// The registered units and the order in which their work was done. Both
-// live until after every unit's own statics, so finalisation at unload
-// never touches a destroyed list.
+// The registered units and the order in which their work was done.
 struct TUnitTable {
   std::vector<TUnit*> Registered;
   std::vector<TUnit*> InitOrder;
+};
 
-  ~TUnitTable() { FinalizeAll(); }
+// Finalises every unit when the module unloads.
+struct TUnloader {
+  ~TUnloader() { FinalizeAll(); }
 };
 
 TUnitTable& Table() {
-  static TUnitTable table;
-  return table;
+  // Never destroyed: a unit reached from some late static destructor after
+  // the unload may still register and initialise safely.
+  static TUnitTable* const table = new TUnitTable();
+  // Built on the first registration, so it is destroyed after the statics
+  // that came later and finalisation runs while they still exist.
+  static TUnloader unloader;
+  return *table;
 }
 
 }  // namespace

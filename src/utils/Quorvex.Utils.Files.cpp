@@ -13,10 +13,11 @@ bool gFile::Exists(UnicodeStringView fileName) { return Rtl::Files::FileExists(f
 void gFile::Delete(UnicodeStringView fileName) {
   if (!Exists(fileName)) return;
   const uint32_t attributes = Rtl::Files::FileGetAttr(fileName);
-  Rtl::Files::FileSetAttr(fileName, attributes & ~Rtl::Files::faReadOnly);
+  const bool known = attributes != Rtl::Files::faInvalid;
+  if (known) Rtl::Files::FileSetAttr(fileName, attributes & ~Rtl::Files::faReadOnly);
   if (Rtl::Files::DeleteFile(fileName)) return;
   const uint32_t code = Rtl::Exceptions::GetLastError();
-  Rtl::Files::FileSetAttr(fileName, attributes);
+  if (known) Rtl::Files::FileSetAttr(fileName, attributes);
   throw EFileException(Format(u"File cannot not be deleted: %s; error code: %d", fileName, code));
 }
 

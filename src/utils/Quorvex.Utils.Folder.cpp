@@ -40,9 +40,26 @@ bool gFolder::IsEmpty(UnicodeStringView folder) {
   return empty;
 }
 
+namespace {
+
+// Removes a link itself. Links are never followed: emptying a folder
+// through one would delete what lies outside the tree being removed.
+void RemoveLink(const UnicodeString& path, uint32_t attributes) {
+  if ((attributes & Rtl::Files::faDirectory) != 0) {
+    if (!Rtl::Files::RemoveDir(path))
+      Rtl::Exceptions::RaiseWithLastError<EFolderException>(u"Folder cannot not be deleted: %s; error code: %d", path);
+  } else if (!Rtl::Files::DeleteFile(path)) {
+    Rtl::Exceptions::RaiseWithLastError<Files::EFileException>(u"File cannot not be deleted: %s; error code: %d", path);
+  }
+}
+
+}  // namespace
+
 void gFolder::Empty(UnicodeStringView folder) {
   ForEachEntry(folder, [](const UnicodeString& path, uint32_t attributes) {
-    if ((attributes & Rtl::Files::faDirectory) != 0) {
+    if ((attributes & Rtl::Files::faSymLink) != 0) {
+      RemoveLink(path, attributes);
+    } else if ((attributes & Rtl::Files::faDirectory) != 0) {
       Delete(path);
     } else {
       Files::gFile::Delete(path);

@@ -78,7 +78,8 @@ struct gString {
   // All elements of all arrays, in order.
   static TStringDynArray Concat(std::span<const TStringDynArray> arrays);
   static TStringDynArray Concat(std::initializer_list<TStringDynArray> arrays);
-  // The sum of the arrays' element counts; raises EIntOverflow past 2^31-1.
+  // The sum of the arrays' element counts; raises EIntOverflow (or
+  // ERangeError for one array) past 2^31-1.
   static int32_t TotalLength(std::span<const TStringDynArray> arrays);
 
   // Splits at every occurrence of `delimiter`, keeping empty pieces ("" gives
@@ -104,8 +105,9 @@ struct gString {
   // `s` in double quotes; with `onlyIfUnquoted`, quoted text is returned as
   // is (and an empty `s` raises ERangeError through IsQuoted).
   static UnicodeString Quote(UnicodeStringView s, bool onlyIfUnquoted);
-  // Shortens `s` to fewer than `maxLength` characters ending in `suffix`:
-  // the head keeps maxLength - length(suffix) - 1 characters.
+  // Shortens a text longer than `maxLength`: the head keeps
+  // maxLength - length(suffix) - 1 characters and `suffix` follows; when
+  // maxLength - length(suffix) is below 1, the whole text comes before it.
   static UnicodeString Clip(UnicodeStringView s, int32_t maxLength, UnicodeStringView suffix);
   // CR LF pairs become blanks, runs of blanks one blank, ends trimmed.
   static UnicodeString SpaceCompress(UnicodeStringView s);

@@ -46,19 +46,23 @@ class TXmlTimeScanner {
     return FText.substr(start, FPos - start);
   }
 
-  // A run of digits as a 16-bit number; raises as Digits, or ERangeError
-  // above 65535.
-  int Number() {
-    // Saturating just past the limit keeps absurdly long runs in range of
-    // the accumulator while still failing the range check.
+  // A run of digits, raising as Digits. Saturating just past 65535 keeps
+  // absurdly long runs in range of the accumulator while still failing
+  // the 16-bit range check made later.
+  int64_t UncheckedNumber() {
     constexpr int64_t kPastLimit = 65536;
     int64_t value = 0;
     for (Char c : Digits()) value = std::min<int64_t>(value * 10 + (c - u'0'), kPastLimit);
-    return Rtl::Checked::Narrow<uint16_t>(value);
+    return value;
   }
+
+  // A run of digits as a 16-bit number; raises as Digits, or ERangeError
+  // above 65535.
+  int Number() { return Rtl::Checked::Narrow<uint16_t>(UncheckedNumber()); }
 
   // The number after `separator`, or 0 when the separator is absent.
   int NumberAfter(Char separator) { return SkipSeparator(separator) ? Number() : 0; }
+  int64_t UncheckedNumberAfter(Char separator) { return SkipSeparator(separator) ? UncheckedNumber() : 0; }
 
  private:
   bool HasSeparatorRoom() const { return FPos + 1 < FText.size(); }
@@ -91,10 +95,12 @@ TCalendarDate ScanDate(UnicodeStringView text) {
 TTimeOfDay ScanTime(UnicodeStringView text) {
   TXmlTimeScanner scanner(text);
   TTimeOfDay time;
-  time.Hour = scanner.Number();
+  // Hour, minute and second are range-checked only once the whole time has
+  // been scanned, so malformed text reports "Incorrect XML" first.
+  const int64_t hour = scanner.UncheckedNumber();
   // Writers disagree on the hour-minute separator; any character will do.
-  time.Minute = scanner.SkipAnySeparator() ? scanner.Number() : 0;
-  time.Second = scanner.NumberAfter(u':');
+  const int64_t minute = scanner.SkipAnySeparator() ? scanner.UncheckedNumber() : 0;
+  const int64_t second = scanner.UncheckedNumberAfter(u':');
   // The fraction is read only to get past it: values go back to the
   // second, as stored documents have always been read.
   if (scanner.SkipSeparator(u'.')) scanner.Digits();
@@ -104,6 +110,9 @@ TTimeOfDay ScanTime(UnicodeStringView text) {
     const int hours = scanner.Number();
     time.ZoneOffset = hours * 60 + scanner.NumberAfter(u':');
   }
+  time.Hour = Rtl::Checked::Narrow<uint16_t>(hour);
+  time.Minute = Rtl::Checked::Narrow<uint16_t>(minute);
+  time.Second = Rtl::Checked::Narrow<uint16_t>(second);
   return time;
 }
 

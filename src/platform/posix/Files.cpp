@@ -16,6 +16,9 @@ namespace {
 
 bool StatOf(PathView path, struct stat& info) { return stat(Posix::Native(path).c_str(), &info) == 0; }
 
+// Describes a link itself rather than its target, as Windows does.
+bool LinkStatOf(PathView path, struct stat& info) { return lstat(Posix::Native(path).c_str(), &info) == 0; }
+
 // One transfer is capped like a Windows ReadFile/WriteFile count.
 size_t TransferSize(int64_t count) { return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000)); }
 
@@ -34,15 +37,20 @@ uint32_t AttributesOf(const struct stat& info, PathView name) {
 
 uint32_t GetFileAttributes(PathView path) {
   struct stat info {};
-  if (!StatOf(path, info)) return InvalidAttributes;
+  if (!LinkStatOf(path, info)) return InvalidAttributes;
   const size_t delimiter = path.rfind(u'/');
-  return Posix::AttributesOf(info, delimiter == PathView::npos ? path : path.substr(delimiter + 1));
+  const uint32_t attributes =
+      Posix::AttributesOf(info, delimiter == PathView::npos ? path : path.substr(delimiter + 1));
+  return S_ISLNK(info.st_mode) ? attributes | faSymLink : attributes;
 }
 
 bool SetFileAttributes(PathView path, uint32_t attributes) {
   // Only the read-only bit has a POSIX counterpart: the owner's write bit.
+  // A link has no bits of its own to change, and changing its target's
+  // would reach outside the path that was named.
   struct stat info {};
-  if (!StatOf(path, info)) return false;
+  if (!LinkStatOf(path, info)) return false;
+  if (S_ISLNK(info.st_mode)) return true;
   const mode_t mode = (attributes & faReadOnly) != 0 ? (info.st_mode & ~S_IWUSR) : (info.st_mode | S_IWUSR);
   return chmod(Posix::Native(path).c_str(), mode & 07777) == 0;
 }
@@ -64,7 +72,19 @@ bool CreateDirectory(PathView path) { return mkdir(Posix::Native(path).c_str(), 
 bool RemoveDirectory(PathView path) { return rmdir(Posix::Native(path).c_str()) == 0; }
 
 bool RenameFile(PathView oldName, PathView newName) {
-  return rename(Posix::Native(oldName).c_str(), Posix::Native(newName).c_str()) == 0;
+  // Like MoveFileW, a rename never replaces what already stands at the new
+  // name; plain rename() would overwrite it silently.
+  const std::string from = Posix::Native(oldName);
+  const std::string to = Posix::Native(newName);
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  // File systems without the no-replace flag: check first, then rename.
+  struct stat info {};
+  if (lstat(to.c_str(), &info) == 0) {
+    errno = EEXIST;
+    return false;
+  }
+  return rename(from.c_str(), to.c_str()) == 0;
 }
 
 FileHandle FileOpen(PathView path, uint32_t mode) {

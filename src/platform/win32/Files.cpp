@@ -21,13 +21,32 @@ bool SetFileAttributes(PathView path, uint32_t attributes) {
   return SetFileAttributesW(Win32::Wide(path).c_str(), attributes) != FALSE;
 }
 
-bool FileExists(PathView path) {
+namespace {
+
+// The attributes of what `path` finally names: a link is followed to its
+// target, and a dangling link names nothing.
+uint32_t TargetAttributes(PathView path) {
   const uint32_t attributes = GetFileAttributes(path);
+  if (attributes == InvalidAttributes || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return attributes;
+  const HANDLE target =
+      CreateFileW(Win32::Wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (target == INVALID_HANDLE_VALUE) return InvalidAttributes;
+  BY_HANDLE_FILE_INFORMATION info{};
+  const bool known = GetFileInformationByHandle(target, &info) != FALSE;
+  CloseHandle(target);
+  return known ? info.dwFileAttributes : InvalidAttributes;
+}
+
+}  // namespace
+
+bool FileExists(PathView path) {
+  const uint32_t attributes = TargetAttributes(path);
   return attributes != InvalidAttributes && (attributes & faDirectory) == 0;
 }
 
 bool DirectoryExists(PathView path) {
-  const uint32_t attributes = GetFileAttributes(path);
+  const uint32_t attributes = TargetAttributes(path);
   return attributes != InvalidAttributes && (attributes & faDirectory) != 0;
 }
 
