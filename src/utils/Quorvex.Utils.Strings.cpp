@@ -222,13 +222,7 @@ int64_t gString::HexToInt(UnicodeStringView s) {
   return result;
 }
 
-TStringDynArray gString::ToArray(const Rtl::Classes::TStrings& strings) {
-  TStringDynArray result;
-  const int count = strings.GetCount();
-  result.reserve(static_cast<size_t>(count));
-  for (int i = 0; i < count; ++i) result.push_back(strings.Get(i));
-  return result;
-}
+TStringDynArray gString::ToArray(const Rtl::Classes::TStrings& strings) { return strings.ToStringArray(); }
 
 TStringDynArray gString::ToArray(TStringSpan items) { return TStringDynArray(items.begin(), items.end()); }
 
