@@ -55,5 +55,7 @@ mkdir -p "$prefix"
 # gtest's pthread mode changes class layouts under MinGW; use its Win32 threading.
 build_cmake_dep googletest "$(pkg_version googletest)" /usr/src/googletest \
   -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON -Dgtest_disable_pthreads=ON
-# A library from a Debian source package (tested with pugixml and pcre2):
-#   debian_source pcre2 && build_cmake_dep pcre2 "$src_version" "$src_dir" -DPCRE2_BUILD_PCRE2_16=ON
+# PCRE2 with 16-bit code units only (the library matches UTF-16 text), from Debian's source package.
+debian_source pcre2
+build_cmake_dep pcre2 "$src_version" "$src_dir" -DPCRE2_BUILD_PCRE2_8=OFF -DPCRE2_BUILD_PCRE2_16=ON \
+  -DPCRE2_BUILD_PCRE2GREP=OFF -DPCRE2_BUILD_TESTS=OFF -DPCRE2_SUPPORT_JIT=OFF
