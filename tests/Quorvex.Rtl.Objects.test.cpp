@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -160,6 +162,48 @@ TEST(RtlObjectsTest, CountIsAtomicAcrossThreads) {
   EXPECT_EQ(static_cast<TGreeter*>(shared.Get())->RefCount(), 1);
   shared.Reset();
   EXPECT_EQ(destroyed, 1);
+}
+
+TEST(RtlObjectsTest, MonitorIsReentrantExclusiveAndLeftOnRaise) {
+  TObject obj;
+  int counter = 0;  // guarded by obj's monitor only
+  auto work = [&obj, &counter] {
+    for (int i = 0; i < 2000; ++i) {
+      TMonitorGuard outer(obj), inner(obj);  // the same thread enters again
+      ++counter;
+    }
+  };
+  std::thread other(work);
+  work();
+  other.join();
+  EXPECT_EQ(counter, 4000);
+  EXPECT_THROW((TMonitorGuard(obj), throw std::runtime_error("raised")), std::runtime_error);
+  std::thread([&obj] { TMonitorGuard free(obj); }).join();  // would hang if still held
+}
+
+// Logs the steps of its teardown.
+class TLogged : public TGreeter {
+  QX_CLASS(TLogged, TGreeter, "Quorvex.Tests")
+ public:
+  explicit TLogged(std::string& log) : FLog(log) {}
+  ~TLogged() override { FLog += "destroyed;"; }
+  void BeforeDestruction() override {
+    FLog += "before;";
+    inherited::BeforeDestruction();
+  }
+
+ private:
+  std::string& FLog;
+};
+
+TEST(RtlObjectsTest, BeforeDestructionPrecedesTheDestructors) {
+  std::string log;
+  auto* logged = new TLogged(log);
+  IntfPtr<IGreeter> held(logged);
+  EXPECT_RAISES(Exceptions::EInvalidPointer, FreeObject(logged), u"Invalid pointer operation");
+  EXPECT_EQ(log, "before;");  // refused while referenced: still alive
+  held.Reset();
+  EXPECT_EQ(log, "before;before;destroyed;");
 }
 
 }  // namespace

@@ -1,12 +1,38 @@
 #include "Quorvex.Rtl.Exceptions.hpp"
 
+#include <atomic>
+
 #include "Quorvex.Platform.hpp"
 
 namespace Quorvex::Rtl::Exceptions {
 
-Exception::Exception(UnicodeString message) : FMessage(std::move(message)), FUtf8(Strings::Utf16ToUtf8(FMessage)) {}
+namespace {
+
+std::atomic<TStackTraceProvider> FStackTraceProvider{nullptr};
+
+// A provider that fails must not turn the exception being made into another.
+UnicodeString CurrentStackTrace() {
+  const TStackTraceProvider provider = FStackTraceProvider.load(std::memory_order_acquire);
+  if (provider == nullptr) return {};
+  try {
+    return provider();
+  } catch (...) {
+    return {};
+  }
+}
+
+}  // namespace
+
+Exception::Exception(UnicodeString message)
+    : FMessage(std::move(message)), FUtf8(Strings::Utf16ToUtf8(FMessage)), FStackTrace(CurrentStackTrace()) {}
 
 Exception::~Exception() = default;
+
+void SetStackTraceProvider(TStackTraceProvider provider) {
+  FStackTraceProvider.store(provider, std::memory_order_release);
+}
+
+TStackTraceProvider GetStackTraceProvider() { return FStackTraceProvider.load(std::memory_order_acquire); }
 
 EAssertionFailed::EAssertionFailed(UnicodeStringView message, UnicodeStringView fileName, int line)
     : Exception(Strings::Format(u"%s (%s, line %d)", message, fileName, line)) {}
@@ -18,6 +44,8 @@ void RaiseRangeError() { throw ERangeError(u"Range check error"); }
 void RaiseIntOverflow() { throw EIntOverflow(u"Integer overflow"); }
 
 void RaiseInvalidCast() { throw EInvalidCast(u"Invalid class typecast"); }
+
+void RaiseInvalidPointer() { throw EInvalidPointer(u"Invalid pointer operation"); }
 
 void RaiseAbstractError() { throw EAbstractError(u"Abstract Error"); }
 
@@ -34,8 +62,12 @@ uint32_t GetLastError() { return Platform::LastError(); }
 void RaiseLastOSError() { RaiseLastOSError(Platform::LastError()); }
 
 void RaiseLastOSError(uint32_t errorCode) {
+  RaiseOSError(errorCode, errorCode == 0 ? UnicodeString() : SysErrorMessage(errorCode));
+}
+
+void RaiseOSError(uint32_t errorCode, UnicodeStringView systemText) {
   if (errorCode == 0) throw EOSError(u"A call to an OS function failed", 0);
-  throw EOSError(Strings::Format(u"System Error.  Code: %d.\r\n%s", errorCode, SysErrorMessage(errorCode)), errorCode);
+  throw EOSError(Strings::Format(u"System Error.  Code: %d.\r\n%s", errorCode, systemText), errorCode);
 }
 
 }  // namespace Quorvex::Rtl::Exceptions

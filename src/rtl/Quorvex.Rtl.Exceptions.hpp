@@ -1,67 +1,110 @@
 // The runtime's exception hierarchy. Every error the library reports is an
 // Exception carrying a UTF-16 message; what() gives the same text in UTF-8.
+// Exceptions are objects with class information, may carry the exception
+// they replaced (the inner exception) and a stack-trace text.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <exception>
 #include <string>
 
+#include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Rtl::Exceptions {
 
+using Objects::TObject;
 using Strings::UnicodeString;
 using Strings::UnicodeStringView;
 
+class Exception;
+
+// Raises `outer` with the exception being handled as its inner exception.
+// Call it inside a catch block; elsewhere `outer` gets no inner exception.
+template <std::derived_from<Exception> E>
+[[noreturn]] void RaiseOuterException(E outer);
+
 // Root of all library exceptions.
-class Exception : public std::exception {
+class Exception : public std::exception, public TObject {
+  QX_CLASS(Exception, TObject, "Quorvex.Rtl.Exceptions")
  public:
+  // Takes the stack-trace text from the installed provider, if any.
   explicit Exception(UnicodeString message);
   ~Exception() override;
 
   const UnicodeString& Message() const noexcept { return FMessage; }
   const char* what() const noexcept override { return FUtf8.c_str(); }
+  // The exception this one replaced (see RaiseOuterException), or null.
+  const std::exception_ptr& InnerException() const noexcept { return FInnerException; }
+  // The provider's text at construction; empty when none is installed.
+  const UnicodeString& StackTrace() const noexcept { return FStackTrace; }
 
  private:
+  template <std::derived_from<Exception> E>
+  friend void RaiseOuterException(E outer);
+
   UnicodeString FMessage;
   std::string FUtf8;
+  std::exception_ptr FInnerException;
+  UnicodeString FStackTrace;
 };
 
-// Declares an exception class that only carries its formatted message.
-#define QX_DECLARE_EXCEPTION(Name, Base)                                                        \
+template <std::derived_from<Exception> E>
+void RaiseOuterException(E outer) {
+  static_cast<Exception&>(outer).FInnerException = std::current_exception();
+  throw outer;
+}
+
+// The source of stack-trace texts: called when an exception is made, on
+// the raising thread. An exception it raises is swallowed (empty text).
+using TStackTraceProvider = UnicodeString (*)();
+
+// Installs `provider` for exceptions made from now on; nullptr removes it.
+void SetStackTraceProvider(TStackTraceProvider provider);
+TStackTraceProvider GetStackTraceProvider();
+
+// Declares an exception class that only carries its formatted message,
+// with the unit it belongs to for its class information:
+//   QX_DECLARE_EXCEPTION(EFileException, Exception, "Quorvex.Utils.Files");
+#define QX_DECLARE_EXCEPTION(Name, Base, UnitName)                                              \
   class Name : public Base {                                                                    \
+    QX_CLASS(Name, Base, UnitName)                                                              \
    public:                                                                                      \
     explicit Name(::Quorvex::Rtl::Strings::UnicodeString message) : Base(std::move(message)) {} \
   }
 
-QX_DECLARE_EXCEPTION(EConvertError, Exception);
-QX_DECLARE_EXCEPTION(EInvalidCast, Exception);
-QX_DECLARE_EXCEPTION(EAbstractError, Exception);
-QX_DECLARE_EXCEPTION(EListError, Exception);
-QX_DECLARE_EXCEPTION(EStringListError, EListError);
-QX_DECLARE_EXCEPTION(EStreamError, Exception);
-QX_DECLARE_EXCEPTION(EFOpenError, EStreamError);
-QX_DECLARE_EXCEPTION(EFCreateError, EStreamError);
-QX_DECLARE_EXCEPTION(EReadError, EStreamError);
-QX_DECLARE_EXCEPTION(EWriteError, EStreamError);
-QX_DECLARE_EXCEPTION(EResNotFound, Exception);
-QX_DECLARE_EXCEPTION(EArgumentException, Exception);
-QX_DECLARE_EXCEPTION(EArgumentOutOfRangeException, EArgumentException);
-QX_DECLARE_EXCEPTION(EInvalidOperation, Exception);
+QX_DECLARE_EXCEPTION(EConvertError, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EInvalidCast, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EAbstractError, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EListError, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EStringListError, EListError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EStreamError, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EFOpenError, EStreamError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EFCreateError, EStreamError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EReadError, EStreamError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EWriteError, EStreamError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EResNotFound, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EArgumentException, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EArgumentOutOfRangeException, EArgumentException, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EInvalidOperation, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EInvalidPointer, Exception, "Quorvex.Rtl.Exceptions");
 
 // Integer arithmetic errors.
-QX_DECLARE_EXCEPTION(EIntError, Exception);
-QX_DECLARE_EXCEPTION(ERangeError, EIntError);
-QX_DECLARE_EXCEPTION(EIntOverflow, EIntError);
+QX_DECLARE_EXCEPTION(EIntError, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(ERangeError, EIntError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EIntOverflow, EIntError, "Quorvex.Rtl.Exceptions");
 
 // A failed assertion: "<message> (<file>, line <n>)".
 class EAssertionFailed : public Exception {
+  QX_CLASS(EAssertionFailed, Exception, "Quorvex.Rtl.Exceptions")
  public:
   EAssertionFailed(UnicodeStringView message, UnicodeStringView fileName, int line);
 };
 
 // A failed operating-system call, with the system's error code and text.
 class EOSError : public Exception {
+  QX_CLASS(EOSError, Exception, "Quorvex.Rtl.Exceptions")
  public:
   EOSError(UnicodeString message, uint32_t errorCode);
   uint32_t ErrorCode() const noexcept { return FErrorCode; }
@@ -78,6 +121,9 @@ class EOSError : public Exception {
 
 // Raises EInvalidCast "Invalid class typecast".
 [[noreturn]] void RaiseInvalidCast();
+
+// Raises EInvalidPointer "Invalid pointer operation".
+[[noreturn]] void RaiseInvalidPointer();
 
 // Raises EAbstractError "Abstract Error".
 [[noreturn]] void RaiseAbstractError();
@@ -108,5 +154,10 @@ template <typename E, typename... Args>
 // when the code is 0.
 [[noreturn]] void RaiseLastOSError();
 [[noreturn]] void RaiseLastOSError(uint32_t errorCode);
+
+// Raises EOSError "System Error.  Code: %d.\r\n%s" with `systemText` as the
+// text, for failures whose description does not come from the error code
+// (a dynamic loader's own message); code 0 raises as RaiseLastOSError(0).
+[[noreturn]] void RaiseOSError(uint32_t errorCode, UnicodeStringView systemText);
 
 }  // namespace Quorvex::Rtl::Exceptions

@@ -30,7 +30,7 @@ TObject* TClassInfo::Create() const {
   return FFactory();
 }
 
-TObject::~TObject() = default;
+TObject::~TObject() { delete FMonitor.load(std::memory_order_acquire); }
 
 TClass TObject::StaticClass() {
   static const TClassInfo info(u"TObject", u"Quorvex.Rtl.Objects", nullptr, Detail::DefaultFactory<TObject>());
@@ -42,6 +42,30 @@ TClass TObject::ClassType() const { return StaticClass(); }
 void* TObject::FindInterface(const TGUID&) { return nullptr; }
 
 UnicodeString TObject::ToString() const { return ClassName(); }
+
+void TObject::BeforeDestruction() {}
+
+std::recursive_mutex& TObject::Monitor() {
+  std::recursive_mutex* lock = FMonitor.load(std::memory_order_acquire);
+  if (lock != nullptr) return *lock;
+  // Two threads may race to create the lock: the first to install its own
+  // wins and the other drops its spare.
+  auto* fresh = new std::recursive_mutex();
+  if (FMonitor.compare_exchange_strong(lock, fresh, std::memory_order_acq_rel, std::memory_order_acquire))
+    return *fresh;
+  delete fresh;
+  return *lock;
+}
+
+void FreeObject(TObject* obj) {
+  if (obj == nullptr) return;
+  obj->BeforeDestruction();
+  delete obj;
+}
+
+void MonitorEnter(TObject& obj) { obj.Monitor().lock(); }
+
+void MonitorExit(TObject& obj) { obj.Monitor().unlock(); }
 
 int32_t QueryInterfaceOf(TObject* self, IInterface* asInterface, const TGUID& iid, void** obj) {
   void* found = self->FindInterface(iid);
@@ -59,8 +83,13 @@ int32_t TInterfacedObject::_AddRef() { return FRefCount.fetch_add(1, std::memory
 
 int32_t TInterfacedObject::_Release() {
   const int32_t count = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-  if (count == 0) delete this;
+  if (count == 0) FreeObject(this);
   return count;
+}
+
+void TInterfacedObject::BeforeDestruction() {
+  if (RefCount() != 0) Exceptions::RaiseInvalidPointer();
+  inherited::BeforeDestruction();
 }
 
 void* TInterfacedObject::FindInterface(const TGUID& iid) {

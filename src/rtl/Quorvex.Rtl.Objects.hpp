@@ -1,15 +1,21 @@
-// The root class with its class information, GUID-identified interfaces,
-// the reference-counted object base and the one smart pointer used for
-// interface references throughout the library.
+// The root class with its class information and monitor lock,
+// GUID-identified interfaces, the reference-counted object base and the one
+// smart pointer used for interface references throughout the library.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <type_traits>
 #include <utility>
 
-#include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
+
+// The exceptions are objects too (Exception derives from TObject), so their
+// header is included at the end of this one; until then these are enough.
+namespace Quorvex::Rtl::Exceptions {
+[[noreturn]] void RaiseInvalidCast();
+}  // namespace Quorvex::Rtl::Exceptions
 
 namespace Quorvex::Rtl::Objects {
 
@@ -131,6 +137,9 @@ constexpr TClassInfo::TFactory DefaultFactory() {
 class TObject {
  public:
   TObject() = default;
+  // A copy is a new object: it gets a monitor lock of its own when it needs one.
+  TObject(const TObject&) noexcept {}
+  TObject& operator=(const TObject&) noexcept { return *this; }
   virtual ~TObject();
 
   static TClass StaticClass();
@@ -148,6 +157,45 @@ class TObject {
 
   // The class name, unless a class has something better to say.
   virtual UnicodeString ToString() const;
+
+  // Runs just before the destructor chain when the object is freed through
+  // FreeObject or its last interface reference; it may still call virtual
+  // members of the whole object. Raising here leaves the object alive.
+  virtual void BeforeDestruction();
+
+ private:
+  friend void MonitorEnter(TObject& obj);
+  friend void MonitorExit(TObject& obj);
+
+  std::recursive_mutex& Monitor();
+
+  // Created by the first MonitorEnter, so objects that never lock pay for
+  // this pointer only.
+  std::atomic<std::recursive_mutex*> FMonitor{nullptr};
+};
+
+// Runs obj->BeforeDestruction(), then deletes it; nothing for nullptr. An
+// exception from BeforeDestruction passes on and the object is not deleted.
+void FreeObject(TObject* obj);
+
+// Enters the monitor lock of `obj`, waiting as long as it takes. The lock
+// is re-entrant: a thread may enter it again and must leave it as often.
+void MonitorEnter(TObject& obj);
+
+// Leaves the monitor lock of `obj`; the calling thread must hold it.
+void MonitorExit(TObject& obj);
+
+// Holds the monitor lock of an object for the guard's scope, so the lock is
+// left also when the guarded work raises.
+class TMonitorGuard {
+ public:
+  explicit TMonitorGuard(TObject& obj) : FObject(obj) { MonitorEnter(FObject); }
+  ~TMonitorGuard() { MonitorExit(FObject); }
+  TMonitorGuard(const TMonitorGuard&) = delete;
+  TMonitorGuard& operator=(const TMonitorGuard&) = delete;
+
+ private:
+  TObject& FObject;
 };
 
 // `obj` as a T, or nullptr for nullptr; raises EInvalidCast when the object
@@ -207,6 +255,10 @@ class TInterfacedObject : public TObject, public virtual IInterface {
   int32_t _AddRef() override;
   int32_t _Release() override;
   void* FindInterface(const TGUID& iid) override;
+
+  // Raises EInvalidPointer "Invalid pointer operation" while interface
+  // references still hold the object (FreeObject on a counted object).
+  void BeforeDestruction() override;
 
   int32_t RefCount() const { return FRefCount.load(std::memory_order_acquire); }
 
@@ -300,3 +352,5 @@ bool Supports(TObject* obj) {
 TObject* ObjectOf(IInterface* intf);
 
 }  // namespace Quorvex::Rtl::Objects
+
+#include "Quorvex.Rtl.Exceptions.hpp"  // IWYU pragma: export

@@ -14,7 +14,7 @@ using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
 // Raised by gFile for failed deletions, renames and attribute changes.
-QX_DECLARE_EXCEPTION(EFileException, Rtl::Exceptions::Exception);
+QX_DECLARE_EXCEPTION(EFileException, Rtl::Exceptions::Exception, "Quorvex.Utils.Files");
 
 struct gFile {
   gFile() = delete;

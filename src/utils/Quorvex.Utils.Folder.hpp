@@ -14,7 +14,7 @@ using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
 // Raised by gFolder for failed removals, renames and attribute changes.
-QX_DECLARE_EXCEPTION(EFolderException, Rtl::Exceptions::Exception);
+QX_DECLARE_EXCEPTION(EFolderException, Rtl::Exceptions::Exception, "Quorvex.Utils.Folder");
 
 struct gFolder {
   gFolder() = delete;

@@ -13,7 +13,7 @@ using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
 // Malformed XML date-time text.
-QX_DECLARE_EXCEPTION(EXmlError, Rtl::Exceptions::Exception);
+QX_DECLARE_EXCEPTION(EXmlError, Rtl::Exceptions::Exception, "Quorvex.Utils.Xml");
 
 struct gXml {
   gXml() = delete;

@@ -4,10 +4,11 @@
 #include <windows.h>
 
 // windows.h maps these names to their W forms with macros, which would
-// rename the platform functions of the same names.
+// rename the platform functions and interface methods of the same names.
 #undef CreateDirectory
 #undef DeleteFile
 #undef GetFileAttributes
+#undef GetMessage
 #undef RemoveDirectory
 #undef SetFileAttributes
 
