@@ -1,0 +1,23 @@
+// POSIX only: loading shared objects.
+#include <dlfcn.h>
+
+#include <cerrno>
+
+#include "Quorvex.Platform.Library.hpp"
+#include "Quorvex.Platform.Posix.hpp"
+#include "Quorvex.Rtl.Strings.hpp"
+
+namespace Quorvex::Platform {
+
+void* LoadLibraryModule(PathView name, LibraryError& error) {
+  dlerror();  // forget an older failure so the text below is this one's
+  void* module = dlopen(Posix::Native(name).c_str(), RTLD_NOW);
+  if (module == nullptr) {
+    const char* text = dlerror();
+    error.Code = ELIBACC;
+    error.Text = Rtl::Strings::Utf8ToUtf16(text != nullptr ? text : "");
+  }
+  return module;
+}
+
+}  // namespace Quorvex::Platform
