@@ -7,13 +7,16 @@
 
 #include "Quorvex.Rtl.Classes.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Files.TestSupport.hpp"
 #include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Classes {
 namespace {
 
+using Encoding::TBytes;
 using Exceptions::EConvertError;
 using Exceptions::EStringListError;
+using Streams::TBytesStream;
 using Strings::U;
 using Strings::Utf16ToUtf8;
 using Lines = std::vector<std::string>;
@@ -308,6 +311,136 @@ TEST(RtlClassesTest, AddStringsAssignAndEquals) {
   EXPECT_RAISES(EConvertError, list->Assign(nullptr), u"Cannot assign a nil to a TStringList");
   EXPECT_RAISES(EConvertError, list->Assign(&plain), u"Cannot assign a TPersistent to a TStringList");
   EXPECT_RAISES(EConvertError, plain.Assign(list.get()), u"Cannot assign a TStringList to a TPersistent");
+}
+
+// The bytes a stream holds, from its start.
+TBytes BytesOf(TBytesStream& stream) {
+  return TBytes(stream.Bytes().begin(), stream.Bytes().begin() + stream.GetSize());
+}
+
+TEST(RtlClassesTest, FilesRoundTripThroughEveryEncoding) {
+  Files::Testing::TTempFolder folder;
+  const UnicodeString name = folder / u"lines.txt";
+  const auto lines = ListOf({"a\u20AC", "b"});
+  for (TEncoding* encoding : {TEncoding::UTF8(), TEncoding::Unicode(), TEncoding::BigEndianUnicode()}) {
+    for (const bool bom : {true, false}) {
+      SCOPED_TRACE(Utf16ToUtf8(encoding->ClassName()) + (bom ? " with mark" : " without mark"));
+      lines->SetWriteBOM(bom);
+      lines->SaveToFile(name, encoding);
+      TBytesStream written;
+      written.LoadFromFile(name);
+      TBytes expected = bom ? encoding->GetPreamble() : TBytes();
+      for (uint8_t b : encoding->GetBytes(u"a\u20AC\r\nb\r\n")) expected.push_back(b);
+      EXPECT_EQ(BytesOf(written), expected);
+
+      // The given encoding always reads it back; detection needs the mark.
+      TStringList loaded;
+      loaded.LoadFromFile(name, encoding);
+      EXPECT_TRUE(loaded.Equals(*lines));
+      TStringList detected;
+      detected.LoadFromFile(name);
+      EXPECT_EQ(detected.GetEncoding(), bom ? encoding : TEncoding::Default());
+      EXPECT_TRUE(!bom || detected.Equals(*lines));
+    }
+  }
+}
+
+TEST(RtlClassesTest, LoadAndSaveChooseTheirEncoding) {
+  const TBytes marked = {0xEF, 0xBB, 0xBF, 'x', 0xC3, 0xA9};
+  TStringList list;
+
+  // A given encoding wins over the mark, which then is just text.
+  TBytesStream stream(marked);
+  list.LoadFromStream(stream, TEncoding::ASCII());
+  EXPECT_EQ(LinesOf(list), (Lines{"???x??"}));
+
+  // Without a mark the default encoding decides.
+  list.SetDefaultEncoding(TEncoding::Unicode());
+  TBytesStream unmarked(TBytes{'h', 0, 'i', 0});
+  list.LoadFromStream(unmarked);
+  EXPECT_EQ(LinesOf(list), (Lines{"hi"}));
+  EXPECT_EQ(list.GetEncoding(), TEncoding::Unicode());
+
+  // A mark found at the stream's position wins.
+  TBytesStream tail(marked);
+  list.LoadFromStream(tail);
+  EXPECT_EQ(LinesOf(list), (Lines{"x\u00E9"}));
+  EXPECT_EQ(list.GetEncoding(), TEncoding::UTF8());
+
+  // Saving reuses the encoding of the load over the default encoding.
+  TBytesStream saved;
+  list.SaveToStream(saved);
+  EXPECT_EQ(BytesOf(saved), (TBytes{0xEF, 0xBB, 0xBF, 'x', 0xC3, 0xA9, '\r', '\n'}));
+
+  TStringList fresh;
+  fresh.Add(u"z");
+  fresh.SetWriteBOM(false);
+  TBytesStream plain;
+  fresh.SaveToStream(plain);  // no encoding anywhere: Default
+  EXPECT_EQ(BytesOf(plain), (TBytes{'z', '\r', '\n'}));
+  fresh.SetDefaultEncoding(TEncoding::BigEndianUnicode());
+  TBytesStream wide;
+  fresh.SaveToStream(wide);
+  EXPECT_EQ(BytesOf(wide), (TBytes{0, 'z', 0, '\r', 0, '\n'}));
+
+  // A non-standard encoding is copied: the caller may free its own.
+  auto* own = TEncoding::Unicode()->Clone();
+  fresh.SetDefaultEncoding(own);
+  EXPECT_NE(fresh.GetDefaultEncoding(), own);
+  delete own;
+  EXPECT_EQ(fresh.GetDefaultEncoding()->ClassName(), u"TUnicodeEncoding");
+}
+
+TEST(RtlClassesTest, LoadSplitsEveryLineBreakAndSaveEndsEveryLine) {
+  TStringList list;
+  TBytesStream mixed(TBytes{'a', '\r', 'b', '\n', 'c', '\r', '\n', '\r', '\n', 'd'});
+  list.LoadFromStream(mixed);
+  EXPECT_EQ(LinesOf(list), (Lines{"a", "b", "c", "", "d"}));
+
+  list.SetLineBreak(u"|");
+  list.SetWriteBOM(false);
+  TBytesStream saved;
+  list.SaveToStream(saved, TEncoding::UTF8());
+  EXPECT_EQ(BytesOf(saved), (TBytes{'a', '|', 'b', '|', 'c', '|', '|', 'd', '|'}));
+}
+
+// Records what a list tells its adapter.
+class TRecordingAdapter : public Objects::TInterfacedObject, public IStringsAdapter {
+  QX_CLASS(TRecordingAdapter, TInterfacedObject, "Tests")
+  QX_INTERFACES(IStringsAdapter)
+ public:
+  TRecordingAdapter(std::vector<std::string>& log, std::string name) : FLog(log), FName(std::move(name)) {}
+  void ReferenceStrings(TStrings* strings) override { FLog.push_back(FName + " gets " + Utf16ToUtf8(strings->Get(0))); }
+  void ReleaseStrings() override { FLog.push_back(FName + " released"); }
+
+ private:
+  std::vector<std::string>& FLog;
+  std::string FName;
+};
+
+TEST(RtlClassesTest, AdapterIsToldWhenAttachedAndDetached) {
+  std::vector<std::string> log;
+  {
+    TStringList list;
+    list.Add(u"one");
+    list.SetStringsAdapter(new TRecordingAdapter(log, "first"));
+    list.SetStringsAdapter(new TRecordingAdapter(log, "second"));
+  }
+  EXPECT_EQ(log, (std::vector<std::string>{"first gets one", "first released", "second gets one", "second released"}));
+}
+
+TEST(RtlClassesTest, EnumeratorsWalkTheLines) {
+  const auto list = ListOf({"a", "b", "c"});
+  Lines walked;
+  for (const UnicodeString& s : *list) walked.push_back(Utf16ToUtf8(s));
+  EXPECT_EQ(walked, LinesOf(*list));
+
+  const std::unique_ptr<TStringsEnumerator> enumerator(list->GetEnumerator());
+  EXPECT_RAISES(EStringListError, enumerator->GetCurrent(), u"List index out of bounds (-1)");
+  walked.clear();
+  while (enumerator->MoveNext()) walked.push_back(Utf16ToUtf8(enumerator->GetCurrent()));
+  EXPECT_EQ(walked, LinesOf(*list));
+  EXPECT_FALSE(enumerator->MoveNext() || enumerator->GetCurrent() != u"c");  // stays on the last line
 }
 
 }  // namespace

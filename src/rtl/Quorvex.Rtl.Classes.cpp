@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -11,6 +12,7 @@
 
 namespace Quorvex::Rtl::Classes {
 
+using Encoding::TByteSpan;
 using Exceptions::EArgumentOutOfRangeException;
 using Exceptions::EConvertError;
 using Exceptions::EStringListError;
@@ -170,8 +172,11 @@ UnicodeStringView ReadPlain(TTextCursor& cursor, Char delimiter, bool strict) {
 // it (0 at the end of the text).
 std::pair<size_t, size_t> FindLineEnd(UnicodeStringView text, size_t pos, UnicodeStringView lineBreak) {
   if (lineBreak.empty() || lineBreak == kDefaultLineBreak) {
-    const size_t end = text.find_first_of(u"\r\n", pos);
-    if (end == UnicodeStringView::npos) return {text.size(), 0};
+    // A plain scan: find_first_of would search the set once per character.
+    const auto found = std::find_if(text.begin() + static_cast<ptrdiff_t>(pos), text.end(),
+                                    [](Char c) { return c == u'\r' || c == u'\n'; });
+    if (found == text.end()) return {text.size(), 0};
+    const auto end = static_cast<size_t>(found - text.begin());
     const bool pair = text[end] == u'\r' && end + 1 < text.size() && text[end + 1] == u'\n';
     return {end, pair ? 2 : 1};
   }
@@ -196,6 +201,14 @@ void AppendItem(UnicodeString& out, UnicodeStringView s, Char delimiter, Char qu
     out += c;
   }
   out += quoteChar;
+}
+
+// Points `slot` at `encoding`: a standard encoding is shared, any other is
+// cloned, and a clone the slot held before is freed.
+void ReplaceEncoding(TEncoding*& slot, TEncoding* encoding) {
+  TEncoding* next = encoding == nullptr || TEncoding::IsStandardEncoding(encoding) ? encoding : encoding->Clone();
+  if (!TEncoding::IsStandardEncoding(slot)) delete slot;
+  slot = next;
 }
 
 // Holds a list in its update state for one scope.
@@ -227,6 +240,12 @@ void TPersistent::AssignError(const TPersistent* source) const {
 }
 
 // ---------------------------------------------------------------- TStrings
+
+TStrings::~TStrings() {
+  SetStringsAdapter(nullptr);
+  ReplaceEncoding(FDefaultEncoding, nullptr);
+  ReplaceEncoding(FEncoding, nullptr);
+}
 
 int TStrings::Add(const UnicodeString& s) { return AddObject(s, nullptr); }
 
@@ -274,6 +293,8 @@ void TStrings::Assign(TPersistent* source) {
   FStrictDelimiter = strings->FStrictDelimiter;
   FWriteBOM = strings->FWriteBOM;
   FLineBreak = strings->FLineBreak;
+  ReplaceEncoding(FDefaultEncoding, strings->FDefaultEncoding);
+  ReplaceEncoding(FEncoding, strings->FEncoding);
   AddStrings(*strings);
 }
 
@@ -428,6 +449,56 @@ UnicodeStringView TStrings::ExtractValue(UnicodeStringView line) const {
   return separator == UnicodeStringView::npos ? UnicodeStringView() : line.substr(separator + 1);
 }
 
+void TStrings::LoadFromStream(TStream& stream, TEncoding* encoding) {
+  TUpdateScope update(*this);
+  const auto size = static_cast<size_t>(std::max<int64_t>(stream.GetSize() - stream.GetPosition(), 0));
+  const auto buffer = std::make_unique_for_overwrite<uint8_t[]>(size);
+  stream.ReadBuffer(buffer.get(), static_cast<int64_t>(size));
+  const TByteSpan bytes(buffer.get(), size);
+  const int mark = TEncoding::GetBufferEncoding(bytes, encoding, FDefaultEncoding);
+  ReplaceEncoding(FEncoding, encoding);
+  SetTextStr(encoding->GetString(bytes.subspan(static_cast<size_t>(mark))));
+}
+
+void TStrings::LoadFromFile(UnicodeStringView fileName, TEncoding* encoding) {
+  Streams::TFileStream file(fileName, Streams::fmOpenRead | Streams::fmShareDenyWrite);
+  LoadFromStream(file, encoding);
+}
+
+void TStrings::SaveToStream(TStream& stream, TEncoding* encoding) const {
+  if (encoding == nullptr) encoding = FEncoding != nullptr ? FEncoding : FDefaultEncoding;
+  if (encoding == nullptr) encoding = TEncoding::Default();
+  if (FWriteBOM) {
+    const Encoding::TBytes mark = encoding->GetPreamble();
+    stream.WriteBuffer(mark.data(), static_cast<int64_t>(mark.size()));
+  }
+  const Encoding::TBytes bytes = encoding->GetBytes(GetTextStr());
+  stream.WriteBuffer(bytes.data(), static_cast<int64_t>(bytes.size()));
+}
+
+void TStrings::SaveToFile(UnicodeStringView fileName, TEncoding* encoding) const {
+  Streams::TFileStream file(fileName, Streams::fmCreate);
+  SaveToStream(file, encoding);
+}
+
+void TStrings::SetDefaultEncoding(TEncoding* encoding) { ReplaceEncoding(FDefaultEncoding, encoding); }
+
+void TStrings::SetStringsAdapter(const IntfPtr<IStringsAdapter>& adapter) {
+  if (FAdapter) FAdapter->ReleaseStrings();
+  FAdapter = adapter;
+  if (FAdapter) FAdapter->ReferenceStrings(this);
+}
+
+TStringsEnumerator* TStrings::GetEnumerator() const { return new TStringsEnumerator(*this); }
+
+UnicodeString TStringsIterator::operator*() const { return FStrings->Get(FIndex); }
+
+bool TStringsEnumerator::MoveNext() {
+  if (FIndex >= FStrings.GetCount() - 1) return false;
+  ++FIndex;
+  return true;
+}
+
 UnicodeString TStrings::GetName(int index) const { return UnicodeString(ExtractName(Get(index))); }
 
 UnicodeString TStrings::GetValue(const UnicodeString& name) const {
@@ -570,9 +641,12 @@ int TStringList::AddObject(const UnicodeString& s, TObject* object) {
 }
 
 int TStringList::IndexOf(const UnicodeString& s) const {
-  if (!FSorted) return inherited::IndexOf(s);
   int index = -1;
-  return Find(s, index) ? index : -1;
+  if (FSorted) return Find(s, index) ? index : -1;
+  // Compares in place: the base would copy every line through Get.
+  const auto found = std::find_if(FList.begin(), FList.end(),
+                                  [&](const TStringItem& item) { return CompareStrings(item.FString, s) == 0; });
+  return found == FList.end() ? -1 : static_cast<int>(found - FList.begin());
 }
 
 bool TStringList::Find(const UnicodeString& s, int& index) const {

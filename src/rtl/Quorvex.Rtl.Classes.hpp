@@ -1,18 +1,25 @@
 // The persistent-object base and the runtime's string lists: TStrings, the
-// abstract list of lines (each with an optional attached object) and its
-// text forms, and TStringList, the array-backed list that can sort, reject
-// duplicates and own the attached objects.
+// abstract list of lines (each with an optional attached object), its text
+// forms and its loading and saving in any encoding, and TStringList, the
+// array-backed list that can sort, reject duplicates and own the attached
+// objects.
 #pragma once
 
 #include <functional>
 #include <vector>
 
+#include "Quorvex.Rtl.Encoding.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
+#include "Quorvex.Rtl.Streams.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Rtl::Classes {
 
+using Encoding::TEncoding;
+using Objects::IntfPtr;
+using Objects::TGUID;
 using Objects::TObject;
+using Streams::TStream;
 using Strings::Char;
 using Strings::TStringDynArray;
 using Strings::UnicodeString;
@@ -40,6 +47,41 @@ class TPersistent : public TObject {
   [[noreturn]] void AssignError(const TPersistent* source) const;
 };
 
+class TStrings;
+class TStringsEnumerator;
+
+// An object that mirrors a list elsewhere: a list calls ReferenceStrings
+// when the adapter is attached and ReleaseStrings when it is detached
+// (replaced, cleared or the list destroyed).
+class IStringsAdapter : public virtual Objects::IInterface {
+ public:
+  static constexpr TGUID IID = TGUID::Parse("{5C1E8A3B-94D2-4F67-B0A5-2E7D6C9F1843}");
+
+  virtual void ReferenceStrings(TStrings* strings) = 0;
+  virtual void ReleaseStrings() = 0;
+
+ protected:
+  ~IStringsAdapter() = default;
+};
+
+// Walks the lines of a list for range-for. Each step reads the line
+// afresh; the end is fixed when the walk starts.
+class TStringsIterator {
+ public:
+  TStringsIterator(const TStrings& strings, int index) : FStrings(&strings), FIndex(index) {}
+
+  UnicodeString operator*() const;
+  TStringsIterator& operator++() {
+    ++FIndex;
+    return *this;
+  }
+  bool operator==(const TStringsIterator& other) const = default;
+
+ private:
+  const TStrings* FStrings;
+  int FIndex;
+};
+
 // An abstract list of text lines, each with an optional attached object.
 // Storage is left to subclasses (the pure virtual primitives); the text
 // forms, name-value access and searching are built on those primitives.
@@ -49,6 +91,8 @@ class TStrings : public TPersistent {
   QX_CLASS(TStrings, TPersistent, "Quorvex.Rtl.Classes")
  public:
   TStrings() = default;
+  // Detaches the adapter and frees the encodings the list owns.
+  ~TStrings() override;
   TStrings(const TStrings&) = delete;
   TStrings& operator=(const TStrings&) = delete;
 
@@ -101,7 +145,8 @@ class TStrings : public TPersistent {
 
   // Replaces the lines, objects and text settings (delimiter, quote
   // character, name-value separator, line break, strict delimiter, write
-  // BOM) with those of another TStrings; other sources as TPersistent.
+  // BOM, both encodings) with those of another TStrings; other sources as
+  // TPersistent.
   void Assign(TPersistent* source) override;
 
   // Brackets a series of changes. Calls nest; EndUpdate without a matching
@@ -160,6 +205,46 @@ class TStrings : public TPersistent {
   // Sets Delimiter to ',' and QuoteChar to '"', then SetDelimitedText.
   void SetCommaText(UnicodeStringView text);
 
+  // --- Loading and saving.
+
+  // Replaces the lines with the rest of `stream` decoded. Without an
+  // encoding, a byte-order mark picks UTF-8, UTF-16 LE or UTF-16 BE and is
+  // skipped; otherwise DefaultEncoding applies, or Default without one.
+  // With an encoding, that encoding wins and its own mark alone is skipped.
+  // The encoding used becomes Encoding. Raises EReadError "Stream read
+  // error" when the stream ends early.
+  void LoadFromStream(TStream& stream, TEncoding* encoding = nullptr);
+  // LoadFromStream from a file opened for reading; raises EFOpenError
+  // "Cannot open file \"%s\". %s" when it cannot be opened.
+  void LoadFromFile(UnicodeStringView fileName, TEncoding* encoding = nullptr);
+  // Writes GetTextStr encoded, after the encoding's mark when WriteBOM.
+  // Without an encoding: Encoding, else DefaultEncoding, else Default.
+  // Raises EWriteError "Stream write error" when the stream takes less.
+  void SaveToStream(TStream& stream, TEncoding* encoding = nullptr) const;
+  // SaveToStream into a created or truncated file; raises EFCreateError
+  // "Cannot create file \"%s\". %s" when it cannot be created.
+  void SaveToFile(UnicodeStringView fileName, TEncoding* encoding = nullptr) const;
+
+  // The encoding used when neither a call nor a load names one (nullptr
+  // at first). A standard encoding is shared; any other is copied with
+  // Clone and the copy belongs to the list.
+  TEncoding* GetDefaultEncoding() const { return FDefaultEncoding; }
+  void SetDefaultEncoding(TEncoding* encoding);
+  // The encoding of the last load (nullptr before any), used again on save.
+  TEncoding* GetEncoding() const { return FEncoding; }
+
+  // --- Adapter and enumeration.
+
+  // Attaches `adapter` after detaching the current one (see
+  // IStringsAdapter); nullptr only detaches.
+  void SetStringsAdapter(const IntfPtr<IStringsAdapter>& adapter);
+  const IntfPtr<IStringsAdapter>& GetStringsAdapter() const { return FAdapter; }
+
+  // A new enumerator over the lines; the caller frees it.
+  TStringsEnumerator* GetEnumerator() const;
+  TStringsIterator begin() const { return TStringsIterator(*this, 0); }
+  TStringsIterator end() const { return TStringsIterator(*this, GetCount()); }
+
   // --- Name-value lines ("name=value" with the default separator).
 
   // The text before the first separator of line `index` ("" when none).
@@ -210,6 +295,26 @@ class TStrings : public TPersistent {
   bool FWriteBOM = true;
   UnicodeString FLineBreak = u"\r\n";
   int FUpdateCount = 0;
+  TEncoding* FDefaultEncoding = nullptr;
+  TEncoding* FEncoding = nullptr;
+  IntfPtr<IStringsAdapter> FAdapter;
+};
+
+// Steps through the lines of a list: MoveNext first, then GetCurrent.
+class TStringsEnumerator : public TObject {
+  QX_CLASS(TStringsEnumerator, TObject, "Quorvex.Rtl.Classes")
+ public:
+  explicit TStringsEnumerator(const TStrings& strings) : FStrings(strings) {}
+
+  // The line reached by the last MoveNext; raises EStringListError "List
+  // index out of bounds (-1)" before the first MoveNext.
+  UnicodeString GetCurrent() const { return FStrings.Get(FIndex); }
+  // Advances to the next line; false at the end, staying on the last line.
+  bool MoveNext();
+
+ private:
+  const TStrings& FStrings;
+  int FIndex = -1;
 };
 
 // Releases a buffer returned by TStrings::GetText; nullptr is ignored.

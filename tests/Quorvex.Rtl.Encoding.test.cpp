@@ -1,0 +1,81 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "Quorvex.Rtl.Encoding.hpp"
+#include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.TestSupport.hpp"
+
+namespace Quorvex::Rtl::Encoding {
+namespace {
+
+// "A", e acute, the euro sign and a character outside the BMP.
+constexpr char16_t kMixed[] = u"A\u00E9\u20AC\U0001F600";
+
+TEST(RtlEncodingTest, StandardEncodingsConvertBothWays) {
+  struct Case {
+    const char* name;
+    TEncoding* encoding;
+    TBytes preamble;
+    TBytes bytes;
+  };
+  const Case cases[] = {
+      {"UTF8", TEncoding::UTF8(), {0xEF, 0xBB, 0xBF}, {0x41, 0xC3, 0xA9, 0xE2, 0x82, 0xAC, 0xF0, 0x9F, 0x98, 0x80}},
+      {"LE", TEncoding::Unicode(), {0xFF, 0xFE}, {0x41, 0, 0xE9, 0, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE}},
+      {"BE", TEncoding::BigEndianUnicode(), {0xFE, 0xFF}, {0, 0x41, 0, 0xE9, 0x20, 0xAC, 0xD8, 0x3D, 0xDE, 0x00}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(c.encoding->GetPreamble(), c.preamble);
+    EXPECT_EQ(c.encoding->GetBytes(kMixed), c.bytes);
+    EXPECT_EQ(c.encoding->GetString(c.bytes), kMixed);
+    EXPECT_TRUE(TEncoding::IsStandardEncoding(c.encoding));
+    EXPECT_FALSE(TEncoding::IsStandardEncoding(std::unique_ptr<TEncoding>(c.encoding->Clone()).get()));
+  }
+
+  // ASCII replaces each code unit above 127 (so both halves of a pair).
+  EXPECT_EQ(TEncoding::ASCII()->GetBytes(kMixed), (TBytes{0x41, '?', '?', '?', '?'}));
+  EXPECT_EQ(TEncoding::ASCII()->GetString(TBytes{0x41, 0xE9, 0x7F}), u"A?\x7F");
+  EXPECT_TRUE(TEncoding::ASCII()->GetPreamble().empty() && TEncoding::Default()->GetPreamble().empty());
+
+  // Broken input: a lone UTF-8 lead byte and an odd UTF-16 tail byte.
+  EXPECT_EQ(TEncoding::UTF8()->GetString(TBytes{0x41, 0xE2, 0x82, 0x41, 0xC3}), u"A\uFFFD\uFFFDA\uFFFD");
+  EXPECT_EQ(TEncoding::Unicode()->GetString(TBytes{0x41, 0, 0x42}), u"A");
+}
+
+TEST(RtlEncodingTest, BufferEncodingPrefersGivenThenMarkThenDefault) {
+  struct Case {
+    const char* name;
+    TBytes buffer;
+    TEncoding* given;
+    TEncoding* fallback;
+    TEncoding* expected;
+    int markLength;
+  };
+  const Case cases[] = {
+      {"utf-8 mark", {0xEF, 0xBB, 0xBF, 0x41}, nullptr, nullptr, TEncoding::UTF8(), 3},
+      {"utf-16 le mark", {0xFF, 0xFE, 0x41, 0}, nullptr, nullptr, TEncoding::Unicode(), 2},
+      {"utf-16 be mark", {0xFE, 0xFF, 0, 0x41}, nullptr, TEncoding::UTF8(), TEncoding::BigEndianUnicode(), 2},
+      {"no mark", {0x41, 0x42}, nullptr, nullptr, TEncoding::Default(), 0},
+      {"no mark, fallback", {0x41, 0x42}, nullptr, TEncoding::Unicode(), TEncoding::Unicode(), 0},
+      {"given wins", {0xEF, 0xBB, 0xBF, 0x41}, TEncoding::Unicode(), nullptr, TEncoding::Unicode(), 0},
+      {"given and its mark", {0xFF, 0xFE, 0x41, 0}, TEncoding::Unicode(), nullptr, TEncoding::Unicode(), 2},
+      {"given without mark", {0xEF, 0xBB, 0xBF}, TEncoding::ASCII(), nullptr, TEncoding::ASCII(), 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    TEncoding* encoding = c.given;
+    EXPECT_EQ(TEncoding::GetBufferEncoding(c.buffer, encoding, c.fallback), c.markLength);
+    EXPECT_EQ(encoding, c.expected);
+  }
+}
+
+TEST(RtlEncodingTest, GetStringRangeIsChecked) {
+  const TBytes bytes{'a', 'b', 'c'};
+  EXPECT_EQ(TEncoding::ASCII()->GetString(bytes, 1, 2), u"bc");
+  EXPECT_RAISES(Exceptions::ERangeError, TEncoding::ASCII()->GetString(bytes, -1, 1), u"Range check error");
+  EXPECT_RAISES(Exceptions::ERangeError, TEncoding::ASCII()->GetString(bytes, 1, 3), u"Range check error");
+}
+
+}  // namespace
+}  // namespace Quorvex::Rtl::Encoding
