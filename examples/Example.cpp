@@ -1,19 +1,23 @@
 // A first tour of QxRtl: formats sizes and rates, joins and splits lists,
-// builds paths, writes and reads the XML date-time form and finds free
-// file names in a scratch folder, printing what each step did.
+// builds paths, writes and reads the XML date-time form, finds free file
+// names in a scratch folder, describes the machine and a sample
+// application's identity and checks a few URLs, printing each step.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 
+#include "Quorvex.App.Info.hpp"
 #include "Quorvex.Rtl.DateTime.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Files.hpp"
+#include "Quorvex.Types.Url.hpp"
 #include "Quorvex.Utils.DateTime.hpp"
 #include "Quorvex.Utils.Files.hpp"
 #include "Quorvex.Utils.Folder.hpp"
 #include "Quorvex.Utils.Path.hpp"
 #include "Quorvex.Utils.Strings.hpp"
+#include "Quorvex.Utils.System.hpp"
 #include "Quorvex.Utils.Xml.hpp"
 
 using namespace Quorvex;
@@ -94,6 +98,50 @@ void ShowUniqueNames(const UnicodeString& reports) {
   }
 }
 
+const char16_t* YesNo(bool value) { return value ? u"yes" : u"no"; }
+
+// What an About box or a log header would say about the machine.
+void ShowSystem() {
+  using Utils::System::gSystem;
+  Print(u"System:");
+  Print(u"  " + gSystem::GetOSDescription());
+  Print(Format(u"  Windows version: %s; admin: %s; elevated: %s; WOW64: %s", gSystem::GetWindowsVersionStr(),
+               YesNo(gSystem::IsAdmin()), YesNo(gSystem::IsElevated()), YesNo(gSystem::IsWow64())));
+  Print(u"  Memory:           " + gString::FormatBytes(gSystem::MemorySize()));
+  Print(u"  Application data: " + gSystem::UserAppDataPath());
+  Print(u"  Local data:       " + gSystem::UserAppDataLocalPath());
+  Print(u"  Documents:        " + gSystem::UserDocsPath());
+}
+
+// A product's identity: the two answers only the product knows.
+class TBackupApp : public App::Info::TQxApp {
+  QX_CLASS(TBackupApp, App::Info::TQxApp, "Example")
+ public:
+  UnicodeString GetApplicationName() const override { return u"Backup"; }
+  UnicodeString GetProductURL() const override { return u"https://www.quorvex.com/backup/"; }
+};
+
+void ShowApplication() {
+  App::Info::InstallAppClass(TBackupApp::StaticClass());
+  const App::Info::TQxApp& app = App::Info::gApp();
+  Print(u"Application:");
+  Print(u"  " + app.GetDisplayName() + u" " + app.GetVersion().AsString() + u", " + app.GetProductURL());
+  Print(u"  Settings:  " + app.GetSettingsPath());
+  Print(u"  Registry:  " + app.GetRegistryPath());
+  Print(u"  Sales:     " + app.GetMailtoSales());
+}
+
+void ShowUrls() {
+  using Types::Url::TUrl;
+  Print(u"URLs:");
+  for (const Rtl::Strings::UnicodeStringView text : {u"https://www.quorvex.com:8443/support/?q=backup#top",
+                                                     u"ftp://10.0.0.1/pub", u"not a url", u"http://999.1.1.1/"}) {
+    const TUrl url = TUrl::FromString(text);
+    Print(Format(u"  %-52s valid: %-5s host: %s, port: %d", UnicodeString(text), YesNo(TUrl::VerifyUrl(text)), url.Host,
+                 url.Port));
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -109,6 +157,9 @@ int main() {
     Print(u"A free folder name beside it: " + Utils::Folder::gFolder::GetUniqueName(scratch, u"reports"));
     Utils::Folder::gFolder::Delete(scratch);
     Print(u"Removed " + scratch);
+    ShowSystem();
+    ShowApplication();
+    ShowUrls();
     return 0;
   } catch (const Rtl::Exceptions::Exception& e) {
     Print(u"Error: " + e.Message());
