@@ -456,8 +456,11 @@ void TStrings::LoadFromStream(TStream& stream, TEncoding* encoding) {
   stream.ReadBuffer(buffer.get(), static_cast<int64_t>(size));
   const TByteSpan bytes(buffer.get(), size);
   const int mark = TEncoding::GetBufferEncoding(bytes, encoding, FDefaultEncoding);
+  // Decoded before the swap: `encoding` may be the list's own clone, which
+  // ReplaceEncoding frees.
+  const UnicodeString text = encoding->GetString(bytes.subspan(static_cast<size_t>(mark)));
   ReplaceEncoding(FEncoding, encoding);
-  SetTextStr(encoding->GetString(bytes.subspan(static_cast<size_t>(mark))));
+  SetTextStr(text);
 }
 
 void TStrings::LoadFromFile(UnicodeStringView fileName, TEncoding* encoding) {

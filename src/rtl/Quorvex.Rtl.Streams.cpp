@@ -80,6 +80,8 @@ int64_t TStream::CopyFrom(TStream& source, int64_t count) {
   if (count <= 0) {
     source.SetPosition(0);
     count = source.GetSize();
+    // A source that cannot tell its size (a pipe) has nothing to copy whole.
+    if (count <= 0) return 0;
   }
   const int64_t bufferSize = std::min(count, kCopyBufferSize);
   const auto buffer = std::make_unique_for_overwrite<uint8_t[]>(static_cast<size_t>(bufferSize));
@@ -226,14 +228,22 @@ TStringStream::TStringStream(UnicodeStringView s) : TStringStream(s, nullptr, fa
 
 TStringStream::TStringStream(UnicodeStringView s, TEncoding* encoding, bool ownsEncoding)
     : FEncoding(encoding != nullptr ? encoding : TEncoding::Default()), FOwnsEncoding(ownsEncoding) {
-  WriteString(s);
+  try {
+    WriteString(s);
+  } catch (...) {
+    // No destructor runs for a half-made stream: give the encoding back here.
+    ReleaseEncoding();
+    throw;
+  }
   SetPosition(0);
 }
 
 TStringStream::TStringStream(const TBytes& bytes)
     : TBytesStream(bytes), FEncoding(TEncoding::Default()), FOwnsEncoding(false) {}
 
-TStringStream::~TStringStream() {
+TStringStream::~TStringStream() { ReleaseEncoding(); }
+
+void TStringStream::ReleaseEncoding() {
   if (FOwnsEncoding && !TEncoding::IsStandardEncoding(FEncoding)) delete FEncoding;
 }
 

@@ -215,6 +215,9 @@ class TStringStream : public TBytesStream {
   TEncoding* GetEncoding() const { return FEncoding; }
 
  private:
+  // Frees the encoding when the stream owns it.
+  void ReleaseEncoding();
+
   TEncoding* FEncoding;
   bool FOwnsEncoding;
 };

@@ -4,6 +4,7 @@
 #include <shlobj.h>
 
 #include <memory>
+#include <string_view>
 
 #include "Quorvex.Platform.System.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
@@ -117,13 +118,14 @@ bool TokenIsElevated() {
 }
 
 bool UserAccountControlEnabled() {
-  // The key keeps the leading backslash it has always been named with.
-  // Wine 8 refuses such a name with ERROR_BAD_PATHNAME (161), so under
-  // Wine the answer is always false.
-  constexpr wchar_t kPolicies[] = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System";
+  // The policy key is named "\\SOFTWARE\\...": the leading backslash means
+  // "from the root key". RegOpenKeyExW takes sub-key names without it (it
+  // answers ERROR_BAD_PATHNAME otherwise), so it is dropped for the call.
+  constexpr std::wstring_view kPolicies = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System";
   constexpr REGSAM kReadOnly = 0x20019;  // KEY_READ
   HKEY key = nullptr;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPolicies, 0, kReadOnly, &key) != ERROR_SUCCESS) return false;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPolicies.substr(1).data(), 0, kReadOnly, &key) != ERROR_SUCCESS)
+    return false;
   DWORD value = 0;
   DWORD size = sizeof(value);
   DWORD type = 0;
