@@ -247,11 +247,11 @@ TStrings::~TStrings() {
   ReplaceEncoding(FEncoding, nullptr);
 }
 
-int TStrings::Add(const UnicodeString& s) { return AddObject(s, nullptr); }
+int TStrings::Add(UnicodeString s) { return AddObject(std::move(s), nullptr); }
 
-int TStrings::AddObject(const UnicodeString& s, TObject* object) {
+int TStrings::AddObject(UnicodeString s, TObject* object) {
   const int index = GetCount();
-  InsertObject(index, s, object);
+  InsertObject(index, std::move(s), object);
   return index;
 }
 
@@ -576,16 +576,16 @@ void TStringList::PutObject(int index, TObject* object) {
   if (FOwnsObjects && old != object) delete old;
 }
 
-void TStringList::InsertItem(int index, const UnicodeString& s, TObject* object) {
+void TStringList::InsertItem(int index, UnicodeString s, TObject* object) {
   // Keeps Count representable: the list never grows past the int range.
   Checked::Add(GetCount(), 1);
-  FList.insert(FList.begin() + index, TStringItem{s, object});
+  FList.insert(FList.begin() + index, TStringItem{std::move(s), object});
 }
 
-void TStringList::InsertObject(int index, const UnicodeString& s, TObject* object) {
+void TStringList::InsertObject(int index, UnicodeString s, TObject* object) {
   CheckUnsorted();
   if (index < 0 || index > GetCount()) RaiseIndexError(index);
-  InsertItem(index, s, object);
+  InsertItem(index, std::move(s), object);
 }
 
 void TStringList::Delete(int index) {
@@ -633,13 +633,13 @@ void TStringList::SetCapacity(int capacity) {
   FList.swap(resized);
 }
 
-int TStringList::AddObject(const UnicodeString& s, TObject* object) {
+int TStringList::AddObject(UnicodeString s, TObject* object) {
   int index = GetCount();
   if (FSorted && Find(s, index)) {
     if (FDuplicates == dupIgnore) return index;
     if (FDuplicates == dupError) throw EStringListError(u"String list does not allow duplicates");
   }
-  InsertItem(index, s, object);
+  InsertItem(index, std::move(s), object);
   return index;
 }
 

@@ -108,7 +108,7 @@ class TStrings : public TPersistent {
   // Attaches `object` to the line at `index`, replacing the previous one.
   virtual void PutObject(int index, TObject* object) = 0;
   // Inserts a line with its object before `index` (0..Count).
-  virtual void InsertObject(int index, const UnicodeString& s, TObject* object) = 0;
+  virtual void InsertObject(int index, UnicodeString s, TObject* object) = 0;
   // Removes the line at `index`.
   virtual void Delete(int index) = 0;
   // Removes every line.
@@ -126,9 +126,9 @@ class TStrings : public TPersistent {
   // --- Adding and inserting.
 
   // Adds a line and answers its index.
-  virtual int Add(const UnicodeString& s);
+  virtual int Add(UnicodeString s);
   // Adds a line with an attached object and answers its index.
-  virtual int AddObject(const UnicodeString& s, TObject* object);
+  virtual int AddObject(UnicodeString s, TObject* object);
   // Adds a line, ignoring its index.
   void Append(const UnicodeString& s);
   // Inserts a line without an object before `index` (0..Count).
@@ -347,7 +347,7 @@ class TStringList : public TStrings {
   void Put(int index, const UnicodeString& s) override;
   TObject* GetObject(int index) const override;
   void PutObject(int index, TObject* object) override;
-  void InsertObject(int index, const UnicodeString& s, TObject* object) override;
+  void InsertObject(int index, UnicodeString s, TObject* object) override;
   void Delete(int index) override;
   void Clear() override;
   void Exchange(int index1, int index2) override;
@@ -359,7 +359,7 @@ class TStringList : public TStrings {
   // then dropped (dupIgnore: answers the existing line's index, the object
   // is not stored) or refused (dupError: EStringListError "String list does
   // not allow duplicates").
-  int AddObject(const UnicodeString& s, TObject* object) override;
+  int AddObject(UnicodeString s, TObject* object) override;
   // Binary search on a sorted list, linear search otherwise.
   int IndexOf(const UnicodeString& s) const override;
 
@@ -397,7 +397,7 @@ class TStringList : public TStrings {
 
   void CheckIndex(int index) const;
   void CheckUnsorted() const;
-  void InsertItem(int index, const UnicodeString& s, TObject* object);
+  void InsertItem(int index, UnicodeString s, TObject* object);
 
   std::vector<TStringItem> FList;
   bool FOwnsObjects = false;
