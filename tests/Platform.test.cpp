@@ -9,7 +9,6 @@ namespace Quorvex::Platform {
 namespace {
 
 using Rtl::Files::Testing::kNotFound;
-using Rtl::Files::Testing::TTempFolder;
 
 TEST(PlatformTest, SystemTextsAndSeparators) {
   SetLastError(kNotFound);
@@ -22,21 +21,18 @@ TEST(PlatformTest, SystemTextsAndSeparators) {
   EXPECT_NE(ThousandSeparator(), u'\0');
 }
 
-TEST(PlatformTest, AttributesMapToWindowsBits) {
-  TTempFolder temp;
-  const Path file = temp / u"f.txt";
-  Rtl::Files::WriteFileBytes(file, "");
-  EXPECT_EQ(GetFileAttributes(file) & (faArchive | faDirectory | faReadOnly), faArchive);
+TEST(PlatformTest, AttributesMapToWindowsBitsAndHandlesSeekFromEachOrigin) {
+  Rtl::Files::Testing::TTempFolder temp;
+  const Path name = temp / u"f.txt";
+  Rtl::Files::WriteFileBytes(name, "");
+  EXPECT_EQ(GetFileAttributes(name) & (faArchive | faDirectory | faReadOnly), faArchive);
   EXPECT_EQ(GetFileAttributes(temp.Path()) & (faArchive | faDirectory), faDirectory);
-  ASSERT_TRUE(SetFileAttributes(file, faReadOnly));
-  EXPECT_EQ(GetFileAttributes(file) & faReadOnly, faReadOnly);
-  ASSERT_TRUE(SetFileAttributes(file, faArchive));
-  EXPECT_EQ(GetFileAttributes(file) & faReadOnly, 0u);
+  ASSERT_TRUE(SetFileAttributes(name, faReadOnly));
+  EXPECT_EQ(GetFileAttributes(name) & faReadOnly, faReadOnly);
+  ASSERT_TRUE(SetFileAttributes(name, faArchive));
+  EXPECT_EQ(GetFileAttributes(name) & faReadOnly, 0u);
   EXPECT_EQ(GetFileAttributes(temp / u"missing"), InvalidAttributes);
-}
 
-TEST(PlatformTest, FileHandlesSeekFromEachOrigin) {
-  TTempFolder temp;
   const FileHandle file = FileCreate(temp / u"data.bin");
   ASSERT_NE(file, InvalidFile);
   EXPECT_EQ(FileWrite(file, "hello world", 11), 11);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "Quorvex.App.Info.hpp"
 #include "Quorvex.Rtl.Files.hpp"
 #include "Quorvex.TestSupport.hpp"
@@ -8,11 +10,8 @@
 namespace Quorvex::App::Info {
 namespace {
 
-using Rtl::Exceptions::EAbstractError;
 using Rtl::Exceptions::EAssertionFailed;
 using Rtl::Strings::UnicodeStringView;
-using Rtl::Strings::Utf16ToUtf8;
-using Utils::System::gSystem;
 
 // A sample application; it counts its destructions to show the unit freeing it.
 class TBackupApp : public TQxApp {
@@ -73,23 +72,20 @@ TEST_F(AppInfoTest, OneInstanceOnceInstalled) {
 }
 
 TEST_F(AppInfoTest, NamesAndFolders) {
-  struct Case {
-    TClass appClass;
-    UnicodeStringView displayName, registryPath, settingsFolder;
-  } cases[] = {
+  const std::tuple<TClass, UnicodeStringView, UnicodeStringView, UnicodeStringView> cases[] = {
       {TBackupApp::StaticClass(), u"Quorvex Backup", u"Software\\Quorvex\\Backup", u"Quorvex Backup"},
       // Nothing is trimmed from the texts; only the path join drops the blank.
       {TNamelessApp::StaticClass(), u"Quorvex ", u"Software\\Quorvex\\", u"Quorvex"},
       {TOwnFolderApp::StaticClass(), u"Quorvex Backup", u"Software\\Quorvex\\Backup", u"Backup Data"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.appClass->ClassName()));
+  for (const auto& [appClass, displayName, registryPath, settingsFolder] : cases) {
+    SCOPED_TRACE(Rtl::Strings::Utf16ToUtf8(appClass->ClassName()));
     Detail::ResetForTesting();
-    InstallAppClass(c.appClass);
-    EXPECT_EQ(gApp().GetDisplayName(), c.displayName);
-    EXPECT_EQ(gApp().GetRegistryPath(), c.registryPath);
+    InstallAppClass(appClass);
+    EXPECT_EQ(gApp().GetDisplayName(), displayName);
+    EXPECT_EQ(gApp().GetRegistryPath(), registryPath);
     EXPECT_EQ(gApp().GetSettingsPath(),
-              gSystem::UserAppDataPath() + Rtl::Files::PathDelim() + UnicodeString(c.settingsFolder));
+              Utils::System::gSystem::UserAppDataPath() + Rtl::Files::PathDelim() + UnicodeString(settingsFolder));
   }
 }
 
@@ -103,7 +99,7 @@ TEST_F(AppInfoTest, AbstractAnswersRaise) {
                              &TQxApp::GetRegistryKeyName};
   for (const TGetter& getter : getters) {
     SCOPED_TRACE(&getter - getters);
-    EXPECT_RAISES(EAbstractError, (app.*getter)(), u"Abstract Error");
+    EXPECT_RAISES(Rtl::Exceptions::EAbstractError, (app.*getter)(), u"Abstract Error");
   }
   EXPECT_EQ(app.GetPurchaseURL(), u"https://www.quorvex.com/buy/");
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 #include "Quorvex.Rtl.Encoding.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
@@ -12,25 +13,19 @@ namespace {
 // "A", e acute, the euro sign and a character outside the BMP.
 constexpr char16_t kMixed[] = u"A\u00E9\u20AC\U0001F600";
 
-TEST(RtlEncodingTest, StandardEncodingsConvertBothWays) {
-  struct Case {
-    const char* name;
-    TEncoding* encoding;
-    TBytes preamble;
-    TBytes bytes;
+TEST(RtlEncodingTest, StandardEncodingsConvertBothWaysInCheckedRanges) {
+  const std::tuple<TEncoding*, TBytes, TBytes> cases[] = {
+      {TEncoding::UTF8(), {0xEF, 0xBB, 0xBF}, {0x41, 0xC3, 0xA9, 0xE2, 0x82, 0xAC, 0xF0, 0x9F, 0x98, 0x80}},
+      {TEncoding::Unicode(), {0xFF, 0xFE}, {0x41, 0, 0xE9, 0, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE}},
+      {TEncoding::BigEndianUnicode(), {0xFE, 0xFF}, {0, 0x41, 0, 0xE9, 0x20, 0xAC, 0xD8, 0x3D, 0xDE, 0x00}},
   };
-  const Case cases[] = {
-      {"UTF8", TEncoding::UTF8(), {0xEF, 0xBB, 0xBF}, {0x41, 0xC3, 0xA9, 0xE2, 0x82, 0xAC, 0xF0, 0x9F, 0x98, 0x80}},
-      {"LE", TEncoding::Unicode(), {0xFF, 0xFE}, {0x41, 0, 0xE9, 0, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE}},
-      {"BE", TEncoding::BigEndianUnicode(), {0xFE, 0xFF}, {0, 0x41, 0, 0xE9, 0x20, 0xAC, 0xD8, 0x3D, 0xDE, 0x00}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(c.encoding->GetPreamble(), c.preamble);
-    EXPECT_EQ(c.encoding->GetBytes(kMixed), c.bytes);
-    EXPECT_EQ(c.encoding->GetString(c.bytes), kMixed);
-    EXPECT_TRUE(TEncoding::IsStandardEncoding(c.encoding));
-    EXPECT_FALSE(TEncoding::IsStandardEncoding(std::unique_ptr<TEncoding>(c.encoding->Clone()).get()));
+  for (const auto& [encoding, preamble, bytes] : cases) {
+    SCOPED_TRACE(Strings::Utf16ToUtf8(encoding->ClassName()));
+    EXPECT_EQ(encoding->GetPreamble(), preamble);
+    EXPECT_EQ(encoding->GetBytes(kMixed), bytes);
+    EXPECT_EQ(encoding->GetString(bytes), kMixed);
+    EXPECT_TRUE(TEncoding::IsStandardEncoding(encoding));
+    EXPECT_FALSE(TEncoding::IsStandardEncoding(std::unique_ptr<TEncoding>(encoding->Clone()).get()));
   }
 
   // ASCII replaces each code unit above 127 (so both halves of a pair).
@@ -44,15 +39,7 @@ TEST(RtlEncodingTest, StandardEncodingsConvertBothWays) {
 }
 
 TEST(RtlEncodingTest, BufferEncodingPrefersGivenThenMarkThenDefault) {
-  struct Case {
-    const char* name;
-    TBytes buffer;
-    TEncoding* given;
-    TEncoding* fallback;
-    TEncoding* expected;
-    int markLength;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, TBytes, TEncoding*, TEncoding*, TEncoding*, int> cases[] = {
       {"utf-8 mark", {0xEF, 0xBB, 0xBF, 0x41}, nullptr, nullptr, TEncoding::UTF8(), 3},
       {"utf-16 le mark", {0xFF, 0xFE, 0x41, 0}, nullptr, nullptr, TEncoding::Unicode(), 2},
       {"utf-16 be mark", {0xFE, 0xFF, 0, 0x41}, nullptr, TEncoding::UTF8(), TEncoding::BigEndianUnicode(), 2},
@@ -62,15 +49,13 @@ TEST(RtlEncodingTest, BufferEncodingPrefersGivenThenMarkThenDefault) {
       {"given and its mark", {0xFF, 0xFE, 0x41, 0}, TEncoding::Unicode(), nullptr, TEncoding::Unicode(), 2},
       {"given without mark", {0xEF, 0xBB, 0xBF}, TEncoding::ASCII(), nullptr, TEncoding::ASCII(), 0},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    TEncoding* encoding = c.given;
-    EXPECT_EQ(TEncoding::GetBufferEncoding(c.buffer, encoding, c.fallback), c.markLength);
-    EXPECT_EQ(encoding, c.expected);
+  for (const auto& [name, buffer, given, fallback, expected, markLength] : cases) {
+    SCOPED_TRACE(name);
+    TEncoding* encoding = given;
+    EXPECT_EQ(TEncoding::GetBufferEncoding(buffer, encoding, fallback), markLength);
+    EXPECT_EQ(encoding, expected);
   }
-}
 
-TEST(RtlEncodingTest, GetStringRangeIsChecked) {
   const TBytes bytes{'a', 'b', 'c'};
   EXPECT_EQ(TEncoding::ASCII()->GetString(bytes, 1, 2), u"bc");
   EXPECT_RAISES(Exceptions::ERangeError, TEncoding::ASCII()->GetString(bytes, -1, 1), u"Range check error");

@@ -11,11 +11,9 @@
 namespace Quorvex::Rtl {
 namespace {
 
-using Strings::UnicodeString;
-
 QX_DECLARE_EXCEPTION(ETestError, Exceptions::EListError, "Tests");
 
-TEST(RtlExceptionsTest, MessagesOfTheRuntimeErrors) {
+TEST(RtlExceptionsTest, MessagesAndClassesOfTheRuntimeErrors) {
   EXPECT_RAISES(Exceptions::EAssertionFailed, Exceptions::Assert(false, u"it broke", u"Sources\\Misc\\Unit", 70),
                 u"it broke (Sources\\Misc\\Unit, line 70)");
   EXPECT_RAISES(Exceptions::EListError, Exceptions::RaiseListIndexError(7), u"List index out of bounds (7)");
@@ -28,9 +26,7 @@ TEST(RtlExceptionsTest, MessagesOfTheRuntimeErrors) {
   EXPECT_RAISES(Exceptions::EInvalidPointer, Exceptions::RaiseInvalidPointer(), u"Invalid pointer operation");
   const Exceptions::Exception utf(u"caf\u00E9");
   EXPECT_STREQ(utf.what(), "caf\xC3\xA9");
-}
 
-TEST(RtlExceptionsTest, ExceptionsAreObjectsWithClasses) {
   const Exceptions::EStringListError error(u"x");
   EXPECT_EQ(error.QualifiedClassName(), u"Quorvex.Rtl.Exceptions.EStringListError");
   EXPECT_TRUE(error.InheritsFrom(Objects::TObject::StaticClass()));
@@ -44,7 +40,7 @@ TEST(RtlExceptionsTest, OuterExceptionsKeepTheirInnerOneAndStackTrace) {
     try {
       throw Exceptions::EConvertError(u"bad digit");
     } catch (const Exceptions::Exception&) {
-      Exceptions::SetStackTraceProvider([]() -> UnicodeString { throw std::runtime_error("no symbols"); });
+      Exceptions::SetStackTraceProvider([]() -> Strings::UnicodeString { throw std::runtime_error("no symbols"); });
       Exceptions::RaiseOuterException(Exceptions::EReadError(u"cannot read"));
     }
   } catch (const Exceptions::EReadError& outer) {

@@ -13,7 +13,7 @@ namespace Quorvex::Rtl::Files::Testing {
 
 inline bool OnWindows() { return PathDelim() == u'\\'; }
 
-constexpr uint32_t kNotFound = 2;  // ERROR_FILE_NOT_FOUND and ENOENT alike
+constexpr uint32_t kNotFound = 2;                                   // ERROR_FILE_NOT_FOUND and ENOENT alike
 inline uint32_t AlreadyExists() { return OnWindows() ? 183 : 17; }  // ERROR_ALREADY_EXISTS, EEXIST
 
 // `path` with '/' turned into the platform's delimiter; on Windows a

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <set>
+#include <tuple>
 
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
@@ -11,17 +13,13 @@
 namespace Quorvex::Rtl::Files {
 namespace {
 
-using Strings::Format;
 using Strings::Utf16ToUtf8;
-using Testing::kNotFound;
 using Testing::OnWindows;
 using Testing::P;
 using Testing::TTempFolder;
 
 TEST(RtlFilesTest, FileNameParts) {
-  struct Case {
-    UnicodeStringView name, path, dir, file, ext;
-  } cases[] = {
+  const std::array<UnicodeStringView, 5> cases[] = {
       {u"/a/b.txt", u"/a/", u"/a", u"b.txt", u".txt"},
       {u"b", u"", u"", u"b", u""},
       {u"/a.d/b", u"/a.d/", u"/a.d", u"b", u""},
@@ -29,13 +27,13 @@ TEST(RtlFilesTest, FileNameParts) {
       {u"a/b/", u"a/b/", u"a/b", u"", u""},
       {u"a//b", u"a//", u"a//", u"b", u""},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.name));
-    const UnicodeString name = P(c.name);
-    EXPECT_EQ(ExtractFilePath(name), P(c.path));
-    EXPECT_EQ(ExtractFileDir(name), P(c.dir));
-    EXPECT_EQ(ExtractFileName(name), c.file);
-    EXPECT_EQ(ExtractFileExt(name), c.ext);
+  for (const auto& [text, path, dir, file, ext] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(text));
+    const UnicodeString name = P(text);
+    EXPECT_EQ(ExtractFilePath(name), P(path));
+    EXPECT_EQ(ExtractFileDir(name), P(dir));
+    EXPECT_EQ(ExtractFileName(name), file);
+    EXPECT_EQ(ExtractFileExt(name), ext);
   }
   EXPECT_EQ(ChangeFileExt(P(u"/a.d/b"), u".x"), P(u"/a.d/b.x"));
   EXPECT_EQ(ChangeFileExt(P(u"/a/b.txt"), u""), P(u"/a/b"));
@@ -55,17 +53,10 @@ TEST(RtlFilesTest, TrailingDelimitersRelativeAndExpandedPaths) {
   EXPECT_EQ(ExcludeTrailingPathDelimiter(u"a" + d + d), u"a" + d);
   EXPECT_EQ(ExcludeTrailingPathDelimiter(u""), u"");
 
-  struct Case {
-    UnicodeStringView path;
-    bool relative;
-  } cases[] = {
-      {u"", false},   {u"a", true},     {u"a/b", true}, {u"./a", true}, {u"/a", false},
-      {u"C:", false}, {u"c:/a", false}, {u"1:", true},  {u":", true},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.path));
-    EXPECT_EQ(IsRelativePath(P(c.path)), c.relative);
-  }
+  for (const UnicodeStringView path : {u"a", u"a/b", u"./a", u"1:", u":"})
+    EXPECT_TRUE(IsRelativePath(P(path))) << Utf16ToUtf8(path);
+  for (const UnicodeStringView path : {u"", u"/a", u"C:", u"c:/a"})
+    EXPECT_FALSE(IsRelativePath(P(path))) << Utf16ToUtf8(path);
   const UnicodeString current = IncludeTrailingPathDelimiter(GetCurrentDir());
   EXPECT_EQ(ExpandFileName(P(u"x/../y/./z")), current + P(u"y/z"));
   EXPECT_EQ(ExpandFileName(P(u"/a/b/../c")), P(u"/a/c"));
@@ -97,21 +88,15 @@ TEST(RtlFilesTest, SearchFiltersByWildcardsAndMaskAndReportsCodes) {
   for (const char16_t* name : {u"a.txt", u"b.log", u"ab.txt", u".hidden"}) WriteFileBytes(temp / name, "22");
   ASSERT_TRUE(FileSetAttr(temp / u".hidden", faHidden));  // hidden by name off Windows
   ASSERT_TRUE(CreateDir(temp / u"sub"));
-  struct Case {
-    UnicodeStringView pattern;
-    uint32_t mask;
-    std::set<UnicodeString> expected;
-  } cases[] = {
+  const std::tuple<UnicodeStringView, uint32_t, std::set<UnicodeString>> cases[] = {
       {u"*", 0, {u"a.txt", u"b.log", u"ab.txt"}},
       {u"*", faDirectory, {u".", u"..", u"a.txt", u"b.log", u"ab.txt", u"sub"}},
       {u"*", faHidden, {u"a.txt", u"b.log", u"ab.txt", u".hidden"}},
       {u"?.*", 0, {u"a.txt", u"b.log"}},
       {u"a*t", faAnyFile, {u"a.txt", u"ab.txt"}},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.pattern) + " mask " + std::to_string(c.mask));
-    EXPECT_EQ(SearchNames(temp / c.pattern, c.mask), c.expected);
-  }
+  for (const auto& [pattern, mask, expected] : cases)
+    EXPECT_EQ(SearchNames(temp / pattern, mask), expected) << Utf16ToUtf8(pattern) << " mask " << mask;
 
   TSearchRec rec;
   ASSERT_EQ(FindFirst(temp / u"b.log", faAnyFile, rec), 0);
@@ -122,7 +107,7 @@ TEST(RtlFilesTest, SearchFiltersByWildcardsAndMaskAndReportsCodes) {
   FindClose(rec);
   FindClose(rec);  // a second close is harmless
   EXPECT_NE(FindNext(rec), 0);
-  EXPECT_EQ(FindFirst(temp / u"*.xyz", faAnyFile, rec), static_cast<int>(kNotFound));
+  EXPECT_EQ(FindFirst(temp / u"*.xyz", faAnyFile, rec), static_cast<int>(Testing::kNotFound));
   EXPECT_EQ(rec.FindHandle, nullptr);
 }
 
@@ -130,7 +115,7 @@ TEST(RtlFilesTest, SearchFiltersByWildcardsAndMaskAndReportsCodes) {
 UnicodeString ExpectedOpenError(UnicodeStringView format, UnicodeStringView name, bool create) {
   const Platform::FileHandle file = create ? Platform::FileCreate(name) : Platform::FileOpen(name, 0);
   EXPECT_EQ(file, Platform::InvalidFile);
-  return Format(format, name, Exceptions::SysErrorMessage(Platform::LastError()));
+  return Strings::Format(format, name, Exceptions::SysErrorMessage(Platform::LastError()));
 }
 
 TEST(RtlFilesTest, WholeFilesRoundTripOrRaise) {

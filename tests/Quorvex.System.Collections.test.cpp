@@ -15,10 +15,6 @@
 namespace Quorvex::System::Collections {
 namespace {
 
-using Rtl::Exceptions::EFOpenError;
-using Rtl::Exceptions::EStringListError;
-
-// Counts its own destruction, to show when a list frees it.
 struct TCounted : TObject {
   explicit TCounted(int& freed) : FFreed(freed) {}
   ~TCounted() override { ++FFreed; }
@@ -78,7 +74,7 @@ TEST(SystemCollectionsTest, OperationsBehaveAsTheRuntimeList) {
   list->Add(u"ABC");
   EXPECT_EQ(list->GetCount(), 2);       // duplicates are accepted
   EXPECT_EQ(list->IndexOf(u"abc"), 0);  // case is ignored
-  EXPECT_RAISES(EStringListError, list->Get(5), u"List index out of bounds (5)");
+  EXPECT_RAISES(Rtl::Exceptions::EStringListError, list->Get(5), u"List index out of bounds (5)");
 
   // AddStrings from another IStrings: empty, a null reference, and itself.
   list->AddStrings(TInterfacedStringList::Create());
@@ -93,7 +89,7 @@ TEST(SystemCollectionsTest, OperationsBehaveAsTheRuntimeList) {
 
   Rtl::Files::Testing::TTempFolder folder;
   const UnicodeString missing = folder / u"missing.txt";
-  EXPECT_RAISES(EFOpenError, list->LoadFromFile(missing),
+  EXPECT_RAISES(Rtl::Exceptions::EFOpenError, list->LoadFromFile(missing),
                 u"Cannot open file \"" + missing + u"\". " + Rtl::Exceptions::SysErrorMessage(2));
 }
 

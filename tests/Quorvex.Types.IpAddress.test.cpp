@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
@@ -29,7 +30,7 @@ TEST(TypesIpAddressTest, TextAndWordForms) {
   EXPECT_EQ(TIpAddress(word), address);
 }
 
-TEST(TypesIpAddressTest, OrderingDistanceAndIncrement) {
+TEST(TypesIpAddressTest, OrderingDistanceIncrementAndIsCorrect) {
   const TIpAddress low(10, 0, 0, 2), high(10, 0, 0, 5), wide(9, 255, 255, 255);
   // Compared as numbers, not as stored words (which would put 9.255.255.255
   // above 10.0.0.2 on a little-endian machine).
@@ -43,9 +44,7 @@ TEST(TypesIpAddressTest, OrderingDistanceAndIncrement) {
       {TIpAddress(255, 255, 255, 255), TIpAddress(0, 0, 0, 0)},
   };
   for (auto [from, to] : steps) EXPECT_EQ(++from, to) << Utf16ToUtf8(to.ToString());
-}
 
-TEST(TypesIpAddressTest, IsCorrect) {
   const UnicodeStringView correct[] = {u"10.0.0.1", u"10..0.0.1", u".10.0.0.1.", u"00.0.0.0"};
   const UnicodeStringView wrong[] = {u"10.0.0",     u"10.0.0.256", u"0.0.0.0",   u"255.255.255.255",
                                      u"10.0.0.1.2", u"10.0.x.1",   u"10.0.-1.1", u""};
@@ -54,22 +53,18 @@ TEST(TypesIpAddressTest, IsCorrect) {
 }
 
 TEST(TypesIpAddressTest, Classes) {
-  struct Case {
-    TIpAddress address;
-    TIpAddressClass cls;
-    UnicodeStringView name, mask;
-  } cases[] = {
+  const std::tuple<TIpAddress, TIpAddressClass, UnicodeStringView, UnicodeStringView> cases[] = {
       {TIpAddress(127, 255, 255, 255), icA, u"A", u"255.0.0.0"},
       {TIpAddress(172, 16, 0, 1), icB, u"B", u"255.255.0.0"},
       {TIpAddress(192, 0, 0, 0), icC, u"C", u"255.255.255.0"},
       {TIpAddress(239, 255, 255, 255), icD, u"D", u"255.255.255.0"},
       {TIpAddress(255, 255, 255, 255), icE, u"E", u"255.255.255.0"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.address.ToString()));
-    EXPECT_EQ(gIpAddress::GetClass(c.address), c.cls);
-    EXPECT_EQ(gIpAddress::ClassToString(c.cls), c.name);
-    EXPECT_EQ(gIpAddress::GetClassMask(c.cls).ToString(), c.mask);
+  for (const auto& [address, cls, name, mask] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(address.ToString()));
+    EXPECT_EQ(gIpAddress::GetClass(address), cls);
+    EXPECT_EQ(gIpAddress::ClassToString(cls), name);
+    EXPECT_EQ(gIpAddress::GetClassMask(cls).ToString(), mask);
   }
   EXPECT_EQ(gIpAddress::ClassToString(icIncorrect), u"Incorrect");
   EXPECT_EQ(gIpAddress::GetClassMask(icIncorrect), TIpAddress(255, 0, 0, 0));

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
 #include "Quorvex.Types.MacAddress.hpp"
@@ -11,10 +13,7 @@ using Rtl::Strings::Utf16ToUtf8;
 
 TEST(TypesMacAddressTest, FromStringSplitsAtTheThirdCharacter) {
   const TMacAddress expected(0x00, 0x1A, 0x2B, 0x3C, 0x4D, 0x5E);
-  struct Case {
-    UnicodeStringView text;
-    TMacAddress mac;
-  } cases[] = {
+  const std::pair<UnicodeStringView, TMacAddress> cases[] = {
       {u"00:1a:2b:3c:4d:5e", expected},
       {u"00-1A-2B-3C-4D-5E", expected},
       {u"0a 0b 0c 0d 0e 0f", TMacAddress(10, 11, 12, 13, 14, 15)},
@@ -24,10 +23,7 @@ TEST(TypesMacAddressTest, FromStringSplitsAtTheThirdCharacter) {
       {u"00:1a:2b:3c:4d", TMacAddress()},
       {u"001a2b3c4d5e", TMacAddress()},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    EXPECT_EQ(TMacAddress(c.text), c.mac);
-  }
+  for (const auto& [text, mac] : cases) EXPECT_EQ(TMacAddress(text), mac) << Utf16ToUtf8(text);
   TMacAddress mac = TMacAddress::FromString(u"00:1a:2b:3c:4d:5e");
   EXPECT_EQ(mac.ToString(u":"), u"00:1A:2B:3C:4D:5E");
   EXPECT_EQ(mac.C(), 0x2B);
@@ -36,14 +32,12 @@ TEST(TypesMacAddressTest, FromStringSplitsAtTheThirdCharacter) {
   EXPECT_NE(mac, expected);
 }
 
-TEST(TypesMacAddressTest, FromStringRaisesForBadPieces) {
+TEST(TypesMacAddressTest, FromStringRaisesForBadPiecesAndIsCorrectAcceptsDotsOnly) {
   using Rtl::Exceptions::EConvertError;
   EXPECT_RAISES(EConvertError, TMacAddress::FromString(u"00:1g:2b:3c:4d:5e"), u"'$1g' is not a valid integer value");
   EXPECT_RAISES(EConvertError, TMacAddress::FromString(u"00::2b:3c:4d:5e"), u"'$' is not a valid integer value");
   EXPECT_RAISES(Rtl::Exceptions::ERangeError, TMacAddress::FromString(u"00:100:2b:3c:4d:5e"), u"Range check error");
-}
 
-TEST(TypesMacAddressTest, IsCorrectAcceptsDotsOnly) {
   const UnicodeStringView correct[] = {u"00.1A.2B.3C.4D.5E", u"00.1A..2B.3C.4D.5E", u"ff.ff.ff.ff.ff.ff"};
   const UnicodeStringView wrong[] = {u"00-1A-2B-3C-4D-5E",  u"00:1A:2B:3C:4D:5E", u"00.1A.2B.3C.4D",
                                      u"00.1A.2B.3C.4D.100", u"00.1A.2B.3C.4D.xx", u""};

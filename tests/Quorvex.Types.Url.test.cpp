@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "Quorvex.Types.Url.hpp"
@@ -17,26 +18,23 @@ namespace {
 using Rtl::Strings::Utf16ToUtf8;
 
 TEST(TypesUrlTest, FromStringToStringAndCombine) {
-  struct Case {
-    UnicodeStringView text, protocol, host;
-    int32_t port;
-    UnicodeStringView path, shown;
-  } cases[] = {
+  using V = UnicodeStringView;  // text; protocol, host, port and path; the text shown
+  const std::tuple<V, V, V, int32_t, V, V> cases[] = {
       {u"https://host1:8080/a/b?x=1", u"https://", u"host1", 8080, u"/a/b?x=1", u"https://host1:8080/a/b?x=1"},
       {u"host:80/x", u"", u"host", 80, u"/x", u"host/x"},
       {u"host:abc", u"", u"host", 0, u"", u"host"},
       {u"user:pw@host/x", u"", u"user", 0, u"/x", u"user/x"},
       {u"ftp://a:b:21/c://d", u"ftp://", u"a", 0, u"/c://d", u"ftp://a/c://d"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    const TUrl url(c.text);
-    EXPECT_EQ(url.Protocol, c.protocol);
-    EXPECT_EQ(url.Host, c.host);
-    EXPECT_EQ(url.Path, c.path);
-    EXPECT_EQ(url.Port, c.port);
+  for (const auto& [text, protocol, host, port, path, shown] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(text));
+    const TUrl url(text);
+    EXPECT_EQ(url.Protocol, protocol);
+    EXPECT_EQ(url.Host, host);
+    EXPECT_EQ(url.Path, path);
+    EXPECT_EQ(url.Port, port);
     EXPECT_TRUE(url.Username.empty() && url.Password.empty());
-    EXPECT_EQ(url.ToString(), c.shown);
+    EXPECT_EQ(url.ToString(), shown);
   }
   TUrl url = TUrl::FromString(u"http://h:8080/p");
   url.Username = u"me";
@@ -58,12 +56,7 @@ TEST(TypesUrlTest, EscapeAndUnescapeVectors) {
             0x06001000u);
   const UnicodeStringView sample = u"http://host/a b/c d?x y=1&z=%20#frag ment";
   const UnicodeStringView escaped = u"http://h/a%20b?c%20d#e%20f";
-  struct Case {
-    bool unescape;
-    UnicodeStringView input;
-    TURLEscapeOptions options;
-    UnicodeStringView expected;
-  } cases[] = {
+  const std::tuple<bool, UnicodeStringView, TURLEscapeOptions, UnicodeStringView> cases[] = {
       {false, u"", {}, u""},
       // The query and anchor are left alone unless only spaces are escaped.
       {false, sample, {ueoDontEscapeExtraInfo}, u"http://host/a%20b/c%20d?x y=1&z=%20#frag ment"},
@@ -90,9 +83,9 @@ TEST(TypesUrlTest, EscapeAndUnescapeVectors) {
       {true, u"%e9%C3%A9+%u00e9", {}, u"\u00E9\u00C3\u00A9+%u00e9"},
       {true, u"x%00y", {}, u"x"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.input) + " / " + std::to_string(TUrlEscapeOptionsFormat::Flags(c.options)));
-    EXPECT_EQ(c.unescape ? TUrl::UnescapeURL(c.input, c.options) : TUrl::EscapeURL(c.input, c.options), c.expected);
+  for (const auto& [unescape, input, options, expected] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(input) + " / " + std::to_string(TUrlEscapeOptionsFormat::Flags(options)));
+    EXPECT_EQ(unescape ? TUrl::UnescapeURL(input, options) : TUrl::EscapeURL(input, options), expected);
   }
   // 2083 characters fit the 2084-character buffer with its null; with one
   // more the input comes back unchanged.

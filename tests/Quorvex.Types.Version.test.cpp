@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
@@ -13,28 +14,23 @@ namespace {
 using Rtl::Strings::Utf16ToUtf8;
 
 TEST(TypesVersionTest, FromStringReadsDottedParts) {
-  struct Case {
-    UnicodeStringView text, expected;
-  } cases[] = {{u"", u"0.0.0.0"},     {u"1.2.3.4.5", u"1.2.3.4"},       {u"1.x.3", u"1.0.3.0"},
-               {u"1..3", u"1.0.3.0"}, {u"70000.-1", u"4464.65535.0.0"}, {u"9999999999.7", u"0.7.0.0"}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    EXPECT_EQ(TVersionValue::FromString(c.text).AsString(), c.expected);
-  }
+  const std::pair<UnicodeStringView, UnicodeStringView> cases[] = {
+      {u"", u"0.0.0.0"},     {u"1.2.3.4.5", u"1.2.3.4"},       {u"1.x.3", u"1.0.3.0"},
+      {u"1..3", u"1.0.3.0"}, {u"70000.-1", u"4464.65535.0.0"}, {u"9999999999.7", u"0.7.0.0"}};
+  for (const auto& [text, expected] : cases)
+    EXPECT_EQ(TVersionValue::FromString(text).AsString(), expected) << Utf16ToUtf8(text);
   UnicodeString rest = u"12.rest.x";
   EXPECT_EQ(TVersionValue::GetNextStrPart(rest), 12);
   EXPECT_EQ(rest, u"rest.x");
 }
 
-TEST(TypesVersionTest, TextAndIntegerForms) {
+TEST(TypesVersionTest, TextIntegerAndFloatForms) {
   EXPECT_EQ((TVersionValue{5, 0, 1, 77}).AsLongString(), u"5.0.1 build 77");
   // Build is left out, and a Minor of 100 spills into Major's places.
   EXPECT_EQ((TVersionValue{1, 2, 3, 999}).AsInteger(), 10203);
   EXPECT_EQ((TVersionValue{1, 100, 0, 0}).AsInteger(), 20000);
   EXPECT_EQ((TVersionValue{65535, 65535, 65535, 65535}).AsInteger(), 661969035);
-}
 
-TEST(TypesVersionTest, OrderingFollowsTheFloatForm) {
   struct Case {
     TVersionValue a, b;
     int order;  // sign of a - b as the operators see it

@@ -51,15 +51,13 @@ TEST(UtilsDateTimeTest, DurationTexts) {
   for (const auto& [actual, expected] : cases) EXPECT_EQ(actual, expected);
 }
 
-TEST(UtilsDateTimeTest, PartsOutOfRangeAndOverflowRaise) {
+TEST(UtilsDateTimeTest, PartsOutOfRangeAndOverflowRaiseAndTheBiasIsTheNegatedOffset) {
   EXPECT_RAISES(ERangeError, gTime::MsecsToStr(-1), u"Range check error");
   EXPECT_RAISES(ERangeError, gTime::MsecsToStr(65536 * kYear), u"Range check error");
   const int64_t seconds = std::numeric_limits<int64_t>::max() / 1000 + 1;
   EXPECT_RAISES(EIntOverflow, gTime::SecsToStr(seconds), u"Integer overflow");
   EXPECT_RAISES(EIntOverflow, gTime::SecsToStr(-seconds, ddDay), u"Integer overflow");
-}
 
-TEST(UtilsDateTimeTest, TimeZoneBiasIsTheNegatedOffset) {
   Rtl::DateTime::TTimeZoneOverride zone(-300);
   EXPECT_EQ(gTime::GetTimeZoneBias(), 300);
 }

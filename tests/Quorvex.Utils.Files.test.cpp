@@ -9,7 +9,6 @@
 namespace Quorvex::Utils::Files {
 namespace {
 
-using Rtl::Files::Testing::AlreadyExists;
 using Rtl::Files::Testing::kNotFound;
 using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
@@ -36,7 +35,7 @@ TEST(UtilsFilesTest, FailedDeleteRestoresAttributesAndRaises) {
   if (lock != Platform::InvalidFile) Platform::FileClose(lock);
 }
 
-TEST(UtilsFilesTest, SameNameCountsInUpperCaseHex) {
+TEST(UtilsFilesTest, SameNamesCountInUpperCaseHexAndSaveLoadAndSize) {
   TTempFolder temp;
   EXPECT_EQ(gFile::GetSameName(temp / u"a.txt"), temp / u"a_1.txt");
   EXPECT_EQ(gFile::GetSameName(temp / u"readme"), temp / u"readme_1");
@@ -45,10 +44,7 @@ TEST(UtilsFilesTest, SameNameCountsInUpperCaseHex) {
   EXPECT_EQ(gFile::GetSameName(temp / u"a.txt"), temp / u"a_A.txt");
   gFile::Save(temp / u"a_A.txt", u"");
   EXPECT_EQ(gFile::GetUniqueName(temp / u"a.txt"), temp / u"a_B.txt");
-}
 
-TEST(UtilsFilesTest, SaveLoadAndSize) {
-  TTempFolder temp;
   const UnicodeString name = temp / u"text.txt";
   const UnicodeString text = u"caf\u00E9\r\nline two";
   gFile::Save(name, text);
@@ -86,7 +82,7 @@ TEST(UtilsFilesTest, RenameAttributesAndDeleteOrNameTheFileAndCode) {
   gFile::Save(from, u"new");
   gFile::Save(to, u"old");
   EXPECT_RAISES(EFileException, gFile::Rename(from, to),
-                Format(u"Cannot rename file %s to %s; error: %d", from, to, AlreadyExists()));
+                Format(u"Cannot rename file %s to %s; error: %d", from, to, Rtl::Files::Testing::AlreadyExists()));
   EXPECT_EQ(gFile::Load(to), u"old");
 }
 

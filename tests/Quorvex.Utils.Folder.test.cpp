@@ -59,7 +59,7 @@ TEST(UtilsFolderTest, EmptinessEmptyAndDelete) {
   EXPECT_FALSE(gFolder::Exists(temp / u"file/sub"));
 }
 
-TEST(UtilsFolderTest, UniqueNamesAppendADecimalCounter) {
+TEST(UtilsFolderTest, UniqueNamesCountAndFailuresNameTheFolderAndCode) {
   TTempFolder temp;
   EXPECT_EQ(gFolder::MakeUnique(temp.Path(), u"New"), temp / u"New");
   EXPECT_EQ(gFolder::GetUniqueName(temp.Path() + Rtl::Files::PathDelim(), u"New"), temp / u"New2");
@@ -67,10 +67,7 @@ TEST(UtilsFolderTest, UniqueNamesAppendADecimalCounter) {
   EXPECT_EQ(gFolder::MakeUnique(temp.Path(), u"New"), temp / u"New3");
   gFile::Save(temp / u"Note", u"");  // only folders are in the way
   EXPECT_EQ(gFolder::GetUniqueName(temp.Path(), u"Note"), temp / u"Note");
-}
 
-TEST(UtilsFolderTest, RenameAndAttributeFailuresNameTheFolderAndCode) {
-  TTempFolder temp;
   const UnicodeString from = temp / u"from";
   const UnicodeString to = temp / u"to";
   gFolder::Force(from);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <tuple>
+#include <utility>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.TestSupport.hpp"
@@ -9,7 +10,6 @@
 namespace Quorvex::Utils::Strings {
 namespace {
 
-using Rtl::Exceptions::EIntOverflow;
 using Rtl::Exceptions::ERangeError;
 using Rtl::Strings::Utf16ToUtf8;
 
@@ -35,45 +35,31 @@ TEST(gStringTest, AddAndJoinKeepTheirDelimiterRules) {
   gString::AddWithEmpties(empty, u"", u",");
   EXPECT_EQ(empty, u"");
 
-  struct Case {
-    TStringDynArray items;
-    const char16_t* joined;
-    const char16_t* withEmpties;
-  };
-  const Case cases[] = {
+  const std::tuple<TStringDynArray, const char16_t*, const char16_t*> cases[] = {
       {{u"", u"a", u"", u"b"}, u"a,b", u"a,,b"},
       {{u"", u"a", u""}, u"a", u"a,"},
       {{u"", u""}, u"", u""},
       {{}, u"", u""},
-      {{u"x", u"y"}, u"x,y", u"x,y"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.withEmpties));
-    EXPECT_EQ(gString::Join(c.items, u","), c.joined);
-    EXPECT_EQ(gString::JoinWithEmpties(c.items, u","), c.withEmpties);
+      {{u"x", u"y"}, u"x,y", u"x,y"}};
+  for (const auto& [items, joined, withEmpties] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(withEmpties));
+    EXPECT_EQ(gString::Join(items, u","), joined);
+    EXPECT_EQ(gString::JoinWithEmpties(items, u","), withEmpties);
   }
 }
 
-TEST(gStringTest, SplitKeepsEveryPieceAndJoinsBack) {
-  struct Case {
-    const char16_t* text;
-    const char16_t* delimiter;
-    TStringDynArray pieces;
-  };
-  const Case cases[] = {
+TEST(gStringTest, SplitAndTheDeliberatelyAsymmetricKeyAndValueOf) {
+  const std::tuple<const char16_t*, const char16_t*, TStringDynArray> cases[] = {
       {u"a,,b", u",", {u"a", u"", u"b"}}, {u"", u",", {u""}},
       {u"a,", u",", {u"a", u""}},         {u",", u",", {u"", u""}},
       {u"a::b", u"::", {u"a", u"b"}},     {u"a:b", u"::", {u"a:b"}},
-      {u"aaa", u"aa", {u"", u"a"}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    EXPECT_EQ(gString::Split(c.text, c.delimiter), c.pieces);
+      {u"aaa", u"aa", {u"", u"a"}}};
+  for (const auto& [text, delimiter, pieces] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(text));
+    EXPECT_EQ(gString::Split(text, delimiter), pieces);
   }
   EXPECT_THROW(gString::Split(u"abc", u""), Rtl::Exceptions::EArgumentException);
-}
 
-TEST(gStringTest, KeyAndValueOfAreDeliberatelyAsymmetric) {
   EXPECT_EQ(gString::KeyOf(u"key := value", u":="), u"key");
   EXPECT_EQ(gString::ValueOf(u"key := value", u":="), u"= value");
   EXPECT_EQ(gString::KeyOf(u"novalue", u"="), u"");
@@ -114,64 +100,35 @@ TEST(gStringTest, QuotingAndClipping) {
   EXPECT_RAISES(ERangeError, gString::IsQuoted(u""), u"Range check error");
   EXPECT_RAISES(ERangeError, gString::Quote(u"", true), u"Range check error");
 
-  struct Case {
-    const char16_t* text;
-    int32_t maxLength;
-    const char16_t* suffix;
-    const char16_t* clipped;
-  };
-  const Case cases[] = {
+  const std::tuple<const char16_t*, int32_t, const char16_t*, const char16_t*> cases[] = {
       {u"abcdefghij", 5, u"...", u"a..."}, {u"abc", 5, u"...", u"abc"},  {u"abcdef", 2, u"...", u"abcdef..."},
       {u"abcde", 5, u"...", u"abcde"},     {u"abcdef", 5, u"", u"abcd"}, {u"abcdef", 4, u"...", u"..."},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    EXPECT_EQ(gString::Clip(c.text, c.maxLength, c.suffix), c.clipped);
+  for (const auto& [text, maxLength, suffix, clipped] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(text));
+    EXPECT_EQ(gString::Clip(text, maxLength, suffix), clipped);
   }
-  EXPECT_THROW(gString::Clip(u"abc", INT32_MIN, u"x"), EIntOverflow);
+  EXPECT_THROW(gString::Clip(u"abc", INT32_MIN, u"x"), Rtl::Exceptions::EIntOverflow);
 }
 
 TEST(gStringTest, SpaceCompress) {
-  struct Case {
-    const char16_t* text;
-    const char16_t* compressed;
-  };
-  const Case cases[] = {
+  const std::pair<const char16_t*, const char16_t*> cases[] = {
       {u"  a   b  ", u"a b"},         {u"a\r\nb", u"a b"}, {u"a \r\n b", u"a b"},
       {u"a\rb\nc\td", u"a\rb\nc\td"},  // lone CR, LF and tabs stay
       {u"a\t  b", u"a\t b"},          {u"\r\n\r\n", u""},  {u"", u""},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    EXPECT_EQ(gString::SpaceCompress(c.text), c.compressed);
-  }
+  for (const auto& [text, compressed] : cases) EXPECT_EQ(gString::SpaceCompress(text), compressed) << Utf16ToUtf8(text);
 }
 
 TEST(gStringTest, Hexadecimal) {
   EXPECT_EQ(gString::StringToHex(u"AB"), u"4142");
   EXPECT_EQ(gString::StringToHex(u"\n\u00FF\u0100\u20AC"), u"0AFF10020AC");
-  struct Case {
-    const char16_t* text;
-    int64_t value;
-  };
-  const Case cases[] = {
-      {u"FF", 255},
-      {u"ffh", 255},
-      {u"10H", 16},
-      {u"0", 0},
-      {u"FFFFFFFFFFFFFFFF", -1},
-      {u"1FFFFFFFFFFFFFFFF", -1},  // the top digit falls off
-      {u"$FF", 0},
-      {u"0xFF", 0},
-      {u"-1", 0},
-      {u"FG", 0},
-      {u"H", 0},
-      {u"7FFFFFFFFFFFFFFF", INT64_MAX},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(Utf16ToUtf8(c.text));
-    EXPECT_EQ(gString::HexToInt(c.text), c.value);
-  }
+  // A top digit beyond sixteen falls off; prefixes, signs and bad digits give 0.
+  const std::pair<const char16_t*, int64_t> cases[] = {
+      {u"FF", 255}, {u"ffh", 255}, {u"10H", 16}, {u"FFFFFFFFFFFFFFFF", -1},
+      {u"0", 0},    {u"$FF", 0},   {u"0xFF", 0}, {u"1FFFFFFFFFFFFFFFF", -1},
+      {u"-1", 0},   {u"FG", 0},    {u"H", 0},    {u"7FFFFFFFFFFFFFFF", INT64_MAX}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(gString::HexToInt(text), value) << Utf16ToUtf8(text);
   EXPECT_THROW(gString::HexToInt(u""), ERangeError);
   EXPECT_EQ(gString::HexToInt(UnicodeString(255, u'0')), 0);
   EXPECT_EQ(gString::HexToInt(UnicodeString(255, u'0') + u"H"), 0);
@@ -189,39 +146,21 @@ TEST(gStringTest, ListConversions) {
   EXPECT_EQ(gString::ToStrings({})->GetCount(), 0);
 }
 
+// 1048575 bytes (1023.999 KB) rounds up while the unit stays; 1050 m rounds
+// half away from zero on the decimal value.
 TEST(gStringTest, FormattersPickTheLargestUnitReached) {
-  struct Case {
-    std::function<UnicodeString(int64_t)> format;
-    int64_t value;
-    const char16_t* expected;
+  const auto bytes = gString::FormatBytes, perSec = gString::FormatBytesPerSec, bits = gString::FormatBitsPerSec,
+             meters = gString::FormatMeters;
+  const std::tuple<UnicodeString (*)(int64_t), int64_t, const char16_t*> cases[] = {
+      {bytes, 0, u"0 bytes"},           {bytes, 1024, u"1 KB"},           {bits, 999, u"999 b/s"},
+      {bits, 1000, u"1 Kb/s"},          {meters, 999, u"999 m"},          {meters, 1000, u"1 km"},
+      {bytes, 1536, u"1.5 KB"},         {bytes, -5, u"-5 bytes"},         {perSec, 512, u"512 B/s"},
+      {meters, 1050, u"1.1 km"},        {meters, 1500, u"1.5 km"},        {bytes, 1023, u"1023 bytes"},
+      {bytes, 1048575, u"1024 KB"},     {perSec, 3145728, u"3 MB/s"},     {bits, 1500000, u"1.5 Mb/s"},
+      {meters, 123456, u"123.5 km"},    {bytes, -5000, u"-5000 bytes"},   {bytes, 1099511627776, u"1 TB"},
+      {bits, 2345678901, u"2.35 Gb/s"}, {bits, 1000000000000, u"1 Tb/s"}, {bytes, INT64_MAX, u"8388608 TB"},
   };
-  const Case cases[] = {
-      {gString::FormatBytes, 0, u"0 bytes"},
-      {gString::FormatBytes, 1023, u"1023 bytes"},
-      {gString::FormatBytes, 1024, u"1 KB"},
-      {gString::FormatBytes, 1536, u"1.5 KB"},
-      {gString::FormatBytes, 1048575, u"1024 KB"},  // 1023.999 rounds up, the unit stays
-      {gString::FormatBytes, 1099511627776, u"1 TB"},
-      {gString::FormatBytes, INT64_MAX, u"8388608 TB"},
-      {gString::FormatBytes, -5, u"-5 bytes"},
-      {gString::FormatBytes, -5000, u"-5000 bytes"},
-      {gString::FormatBytesPerSec, 512, u"512 B/s"},
-      {gString::FormatBytesPerSec, 3 * 1024 * 1024, u"3 MB/s"},
-      {gString::FormatBitsPerSec, 999, u"999 b/s"},
-      {gString::FormatBitsPerSec, 1000, u"1 Kb/s"},
-      {gString::FormatBitsPerSec, 1500000, u"1.5 Mb/s"},
-      {gString::FormatBitsPerSec, 2345678901, u"2.35 Gb/s"},
-      {gString::FormatBitsPerSec, 1000000000000, u"1 Tb/s"},
-      {gString::FormatMeters, 999, u"999 m"},
-      {gString::FormatMeters, 1000, u"1 km"},
-      {gString::FormatMeters, 1050, u"1.1 km"},  // half away from zero on the decimal value
-      {gString::FormatMeters, 1500, u"1.5 km"},
-      {gString::FormatMeters, 123456, u"123.5 km"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.value);
-    EXPECT_EQ(c.format(c.value), Dec(c.expected));
-  }
+  for (const auto& [format, value, expected] : cases) EXPECT_EQ(format(value), Dec(expected)) << value;
 }
 
 TEST(gStringTest, LocalsHoldTheUnitWords) {

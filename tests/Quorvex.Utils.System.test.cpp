@@ -5,6 +5,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 #include "Quorvex.Utils.System.hpp"
@@ -20,12 +21,7 @@ namespace {
 using Rtl::Strings::Utf16ToUtf8;
 
 TEST(UtilsSystemTest, WindowsVersionDecision) {
-  struct Case {
-    uint32_t platform, major, minor;
-    uint8_t productType;
-    bool wow64;
-    TWindowsVersion expected;
-  } cases[] = {
+  const std::tuple<uint32_t, uint32_t, uint32_t, uint8_t, bool, TWindowsVersion> cases[] = {
       {2, 5, 0, 1, false, wv2000},  {2, 5, 1, 1, false, wvXP},          {2, 5, 2, 1, true, wvXP},
       {2, 5, 2, 3, false, wv2003},  {2, 4, 0, 1, false, wvUnknown},     {2, 6, 0, 1, false, wvVista},
       {2, 6, 1, 1, false, wvSeven}, {2, 6, 2, 1, false, wvWin8},        {2, 6, 3, 1, false, wvUnknown},
@@ -34,23 +30,19 @@ TEST(UtilsSystemTest, WindowsVersionDecision) {
       {1, 4, 9, 0, false, wv95},    {1, 4, 10, 0, false, wv98},         {1, 4, 89, 0, false, wv98},
       {1, 4, 90, 0, false, wvME},   {0, 6, 1, 1, false, wvUnknown},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(&c - cases);
-    EXPECT_EQ(Detail::WindowsVersionOf(c.platform, c.major, c.minor, c.productType, c.wow64), c.expected);
-  }
+  for (const auto& [platform, major, minor, productType, wow64, expected] : cases)
+    EXPECT_EQ(Detail::WindowsVersionOf(platform, major, minor, productType, wow64), expected)
+        << platform << " " << major << "." << minor << " type " << int{productType};
 }
 
-TEST(UtilsSystemTest, OSDescription) {
+TEST(UtilsSystemTest, OSDescriptionAndWhatEveryPlatformAnswersAlike) {
   EXPECT_EQ(Detail::OSDescriptionOf(wvSeven, u"Windows", u"6.1.7601", u""), u"Windows 7 (6.1.7601)");
   EXPECT_EQ(Detail::OSDescriptionOf(wvUnknown, u"Windows", u"10.0.19045", u""), u"Windows 10.0.19045");
   EXPECT_EQ(Detail::OSDescriptionOf(wvUnknown, u"Linux", u"6.1.0-18-amd64", u"Debian GNU/Linux 12 (bookworm)"),
             u"Linux 6.1.0-18-amd64 (Debian GNU/Linux 12 (bookworm))");
   const UnicodeString real = gSystem::GetOSDescription();
   EXPECT_TRUE(real.starts_with(Rtl::Files::Testing::OnWindows() ? u"Windows " : u"Linux ")) << Utf16ToUtf8(real);
-}
 
-// What every platform answers alike.
-TEST(UtilsSystemTest, RealAnswers) {
   const TWindowsVersion version = gSystem::GetWindowsVersion();
   EXPECT_EQ(gSystem::GetWindowsVersionStr(), STR_WINDOWS_VERSION[version]);
   EXPECT_TRUE(version >= wvVista || !gSystem::IsUACEnabled());

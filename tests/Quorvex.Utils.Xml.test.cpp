@@ -60,7 +60,6 @@ TEST(UtilsXmlTest, ReadsAndShiftsByZone) {
   EXPECT_EQ(Read(u"2015-03-01", false), "2015-03-01 05:30:00");
 }
 
-// Reads `text` as UTC and expects `E` raised with `message`.
 template <typename E>
 void ExpectReadRaises(const char16_t* text, const char16_t* message) {
   SCOPED_TRACE(Utf16ToUtf8(text));
