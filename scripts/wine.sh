@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Headless Wine for the Windows test lane.
-#   scripts/wine.sh init        create the prefix (once; build/wineprefix)
+#   scripts/wine.sh init        create the prefix (once; always build/wineprefix)
 #   scripts/wine.sh start|stop  persistent wineserver for a whole test run
 #   scripts/wine.sh run EXE...  run a Windows program (CMake's cross-compiling emulator)
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-export WINEPREFIX=${WINEPREFIX:-$root/build/wineprefix}
+# Always the project's own prefix: a WINEPREFIX in the caller's environment names their own
+# Wine installation, which these scripts must neither change nor remove.
+export WINEPREFIX=$root/build/wineprefix
 export WINEDEBUG=${WINEDEBUG:--all}
 export WINEARCH=win64
 # No Mono/Gecko: their install prompts would hang a headless wineboot.
@@ -14,11 +16,18 @@ export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
 # Graphics=null in the prefix makes windows work without X; keep Wine away from any display.
 unset DISPLAY WAYLAND_DISPLAY
 
+# .qxrtl-created marks a folder these scripts made, .qxrtl-ready a prefix they finished. Only a
+# half-made prefix of their own is removed and made again; any other folder there is left alone.
 init() {
   [[ -f $WINEPREFIX/.qxrtl-ready ]] && return 0
+  if [[ -e $WINEPREFIX && ! -f $WINEPREFIX/.qxrtl-created ]]; then
+    echo "wine: $WINEPREFIX was not made by this script; move it away to let it create a prefix there" >&2
+    return 1
+  fi
   echo "wine: creating prefix $WINEPREFIX" >&2
   rm -rf "$WINEPREFIX"
-  mkdir -p "$(dirname "$WINEPREFIX")"
+  mkdir -p "$WINEPREFIX"
+  touch "$WINEPREFIX/.qxrtl-created"
   wineboot -i >/dev/null 2>&1
   wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
   # Let the server exit on its own so the registry is written to disk before we mark it ready.
