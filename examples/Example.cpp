@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 
 #include "Quorvex.App.Info.hpp"
@@ -75,14 +76,25 @@ UnicodeString ShowPaths(const UnicodeString& base) {
   return reports;
 }
 
+// Exchanges the current time as UTC ("Z"), the form that reads back exactly in every time
+// zone. A local time written with its offset does not: the reader drops the offset's sign,
+// so west of UTC it comes back off by twice the offset.
 void ShowXmlTime() {
-  const Rtl::DateTime::TDateTime now = Rtl::DateTime::Now();
-  const UnicodeString local = Utils::Xml::gXml::DateTimeToXMLTime(now, true);
-  const Rtl::DateTime::TDateTime back = Utils::Xml::gXml::XMLTimeToDateTime(local, false);
+  using namespace Rtl::DateTime;
+  int hour = 0, minute = 0, second = 0, msec = 0;
+  const TDateTime now = Now();
+  DecodeTime(now, hour, minute, second, msec);
+  const TDateTime local = IncMilliSecond(now, -msec);  // the XML reader drops milliseconds
+  const int32_t bias = Utils::DateTime::gTime::GetTimeZoneBias();
+  const UnicodeString text = Utils::Xml::gXml::DateTimeToXMLTime(IncMinute(local, bias), false);
+  const TDateTime back = Utils::Xml::gXml::XMLTimeToDateTime(text, false);
   Print(u"XML date-time:");
-  Print(u"  now as XML     = " + local);
-  Print(u"  read back      = " + Rtl::DateTime::FormatDateTime(u"yyyy-mm-dd hh:nn:ss", back));
-  Print(Format(u"  time-zone bias = %d minutes", Utils::DateTime::gTime::GetTimeZoneBias()));
+  Print(u"  local time     = " + FormatDateTime(u"yyyy-mm-dd hh:nn:ss", local));
+  Print(u"  as UTC in XML  = " + text);
+  Print(u"  read back      = " + FormatDateTime(u"yyyy-mm-dd hh:nn:ss", back));
+  Print(Format(u"  time-zone bias = %d minutes", bias));
+  Print(u"  with offset    = " + Utils::Xml::gXml::DateTimeToXMLTime(local, true) +
+        u" (the offset's sign is not read back: exchange UTC instead)");
 }
 
 void ShowUniqueNames(const UnicodeString& reports) {
@@ -163,6 +175,9 @@ int main() {
     return 0;
   } catch (const Rtl::Exceptions::Exception& e) {
     Print(u"Error: " + e.Message());
+    return 1;
+  } catch (const std::exception& e) {
+    std::printf("Error: %s\n", e.what());
     return 1;
   }
 }
