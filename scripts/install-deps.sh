@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Installs (once) the Debian packages the given lanes need: scripts/install-deps.sh [linux] [asan] [windows]
+# Installs (once) the Debian packages the given lanes need: scripts/install-deps.sh [LANE...] (default linux)
 set -euo pipefail
 
 pkgs=(cmake ninja-build g++ make pkg-config)
 for lane in "${@:-linux}"; do
   case $lane in
-    linux|asan) pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev libpcre2-dev) ;;
-    windows) pkgs+=(g++-mingw-w64-x86-64-posix googletest wine wine64) ;;
+    linux|asan|linux-shared) pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev libpcre2-dev) ;;
+    windows|windows-shared) pkgs+=(g++-mingw-w64-x86-64-posix googletest wine wine64) ;;
     *) echo "install-deps: unknown lane '$lane'" >&2; exit 2 ;;
   esac
 done

@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# Builds every lane and runs its GoogleTest suite; ends with the line "N passed, M failed".
-# Lanes: QXRTL_LANES="linux asan windows" (the default). Parallel jobs: QXRTL_JOBS (default 2).
+# Builds every lane, runs its set-up checks (scripts/checks.sh) and its GoogleTest suite; ends
+# with the line "N passed, M failed", where each check counts as one test case.
+# Lanes: QXRTL_LANES="linux asan windows linux-shared windows-shared" (the default).
+# Parallel jobs: QXRTL_JOBS (default 2).
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/lanes.sh"
+source "$root/scripts/checks.sh"
 cd "$root"
-read -r -a lanes <<<"${QXRTL_LANES:-linux asan windows}"
+read -r -a lanes <<<"${QXRTL_LANES:-linux asan windows linux-shared windows-shared}"
 
 bash scripts/install-deps.sh "${lanes[@]}"
 
@@ -19,13 +22,47 @@ count_report() {
   echo "$((tests - failures - disabled - skipped)) $failures"
 }
 
-# Installs build/linux into a staging prefix and builds the examples against it via find_package.
-package_check() {
-  rm -rf build/linux/stage
-  cmake --install build/linux --prefix build/linux/stage >/dev/null &&
-    cmake -G Ninja -S cmake/package-check -B build/linux/package-check -DQXRTL_SOURCE_DIR="$root" \
-      -DCMAKE_PREFIX_PATH="$root/build/linux/stage" >/dev/null &&
-    cmake --build build/linux/package-check -j "$jobs"
+# The checks of each lane, by name (check_NAME in scripts/checks.sh).
+lane_checks() {
+  case $1 in
+    linux) echo wine_prefix configure_without_test_packages readme example package pkg_config ;;
+    windows) echo example package ;;
+    linux-shared) echo exports package pkg_config ;;
+    windows-shared) echo exports package ;;
+  esac
+}
+
+# run_checks LANE: runs the lane's checks, adding one to `pass` or `failed_checks` for each.
+run_checks() {
+  local name
+  for name in $(lane_checks "$1"); do
+    if "check_$name"; then
+      echo "check $name: ok" && pass=$((pass + 1))
+    else
+      echo "check $name: FAILED" && failed_checks=$((failed_checks + 1))
+    fi
+  done
+}
+
+# run_tests: runs the lane's test binary through ctest and adds its counts to `pass` and `fail`.
+run_tests() {
+  local ok=1 tests_passed
+  if ! grep -qs qxrtl_tests "$dir/CTestTestfile.cmake"; then
+    fail=0 note="no tests (tests/*.cpp is empty)"
+    return
+  fi
+  echo "=== lane $lane: test"
+  ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ctest --test-dir "$dir" --output-on-failure || ok=0
+  if [[ ! -f $report ]]; then
+    note="no XML report (test binary crashed?)"
+    return
+  fi
+  read -r tests_passed fail < <(count_report "$report")
+  pass=$((pass + tests_passed))
+  # A failing exit with a clean report means a crash or sanitizer error after the last test.
+  if [[ $ok == 0 && $fail == 0 ]]; then fail=1 note="test binary failed after its tests"; fi
+  if [[ $fail != 0 && $note == ok ]]; then note="tests failed"; fi
 }
 
 declare -A lane_pass lane_fail lane_note lane_time
@@ -34,36 +71,27 @@ trap '[[ $wine_started == 0 ]] || bash scripts/wine.sh stop' EXIT
 
 for lane in "${lanes[@]}"; do
   start=$SECONDS dir=build/$lane report=build/$lane/test-results/qxrtl_tests.xml
-  pass=0 fail=1 note=ok
+  pass=0 fail=1 note=ok failed_checks=0
   rm -f "$report"
   echo "=== lane $lane: configure + build"
-  if [[ $lane == windows ]] && ! bash scripts/deps-mingw.sh; then
+  if [[ $lane == windows* ]] && ! bash scripts/deps-mingw.sh; then
     note="dependency build failed"
   elif ! configure_lane "$lane"; then
     note="configure failed"
   elif ! cmake --build "$dir" -j "$jobs"; then
     note="build failed"
-  elif [[ $lane == linux ]] && ls examples/*.cpp >/dev/null 2>&1 && ! package_check; then
-    note="installed package check failed"
-  elif ! grep -qs qxrtl_tests "$dir/CTestTestfile.cmake"; then
-    fail=0 note="no tests (tests/*.cpp is empty)"
   else
-    echo "=== lane $lane: test"
-    if [[ $lane == windows ]]; then
+    if [[ $lane == windows* && $wine_started == 0 ]]; then
       # One persistent wineserver for the run: each test process then starts in milliseconds.
       bash scripts/wine.sh start && wine_started=1
     fi
-    ok=1
-    ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-      ctest --test-dir "$dir" --output-on-failure || ok=0
-    if [[ ! -f $report ]]; then
-      note="no XML report (test binary crashed?)"
-    else
-      read -r pass fail < <(count_report "$report")
-      # A failing exit with a clean report means a crash or sanitizer error after the last test.
-      if [[ $ok == 0 && $fail == 0 ]]; then fail=1 note="test binary failed after its tests"; fi
-      if [[ $fail != 0 && $note == ok ]]; then note="tests failed"; fi
-    fi
+    echo "=== lane $lane: checks"
+    run_checks "$lane"
+  fi
+  [[ $note != ok ]] || run_tests
+  if [[ $failed_checks != 0 ]]; then
+    fail=$((fail + failed_checks))
+    [[ $note == ok || $note == no\ tests* ]] && note="$failed_checks checks failed"
   fi
   [[ $note == ok || $note == no\ tests* ]] || bad=1
   lane_pass[$lane]=$pass lane_fail[$lane]=$fail lane_note[$lane]=$note lane_time[$lane]=$((SECONDS - start))
@@ -73,7 +101,7 @@ done
 echo
 echo "=== summary"
 for lane in "${lanes[@]}"; do
-  printf 'lane %-8s %5d passed, %3d failed %5ds  %s\n' "$lane" "${lane_pass[$lane]}" \
+  printf 'lane %-14s %5d passed, %3d failed %5ds  %s\n' "$lane" "${lane_pass[$lane]}" \
     "${lane_fail[$lane]}" "${lane_time[$lane]}" "${lane_note[$lane]}"
 done
 echo "$total_pass passed, $total_fail failed"
