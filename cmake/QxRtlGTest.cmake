@@ -9,7 +9,8 @@ endif()
 
 set(QXRTL_GOOGLETEST_SRC "/usr/src/googletest" CACHE PATH "GoogleTest source tree (Debian package googletest)")
 if(NOT EXISTS "${QXRTL_GOOGLETEST_SRC}/CMakeLists.txt")
-  message(FATAL_ERROR "GoogleTest not found: install libgtest-dev/libgmock-dev or googletest (scripts/install-deps.sh)")
+  message(FATAL_ERROR "GoogleTest not found: install libgtest-dev and libgmock-dev (scripts/install-deps.sh) "
+    "or configure with -DQXRTL_BUILD_TESTS=OFF")
 endif()
 message(STATUS "GoogleTest: building from ${QXRTL_GOOGLETEST_SRC}")
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
