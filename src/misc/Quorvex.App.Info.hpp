@@ -4,6 +4,7 @@
 // two answers, installs the class at start-up and then asks gApp().
 #pragma once
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Units.hpp"
 #include "Quorvex.Types.Version.hpp"
@@ -18,7 +19,7 @@ using Types::Version::TVersionValue;
 // computed when asked. GetProductURL and GetApplicationName are abstract
 // in spirit but have bodies that raise EAbstractError "Abstract Error",
 // because gApp() must be able to make an instance of any installed class.
-class TQxApp : public Rtl::Objects::TObject {
+class QXRTL_API TQxApp : public Rtl::Objects::TObject {
   QX_CLASS(TQxApp, Rtl::Objects::TObject, "Quorvex.App.Info")
  public:
   // The vendor's purchase page; a product may sell elsewhere.
@@ -55,13 +56,13 @@ class TQxApp : public Rtl::Objects::TObject {
 
 // Names the class gApp() will make. Nothing is checked, and an instance
 // that already exists is kept: install once, before anything calls gApp().
-void InstallAppClass(TClass appClass);
+QXRTL_API void InstallAppClass(TClass appClass);
 
 // The one application object, made on first call from the installed
 // class's registered factory. Raises EAssertionFailed "App class not
 // installed." every time while no class is installed, and EInvalidCast
 // when the installed class is not a TQxApp.
-TQxApp& gApp();
+QXRTL_API TQxApp& gApp();
 
 // The unit's start-up record (frees the application object at shut-down).
 extern Rtl::Units::TUnit AppInfoUnit;

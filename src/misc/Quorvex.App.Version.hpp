@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Types.Version.hpp"
 
 namespace Quorvex::App::Version {
@@ -13,7 +14,7 @@ namespace Quorvex::App::Version {
 // stands for the process's main executable.
 using TModuleHandle = uintptr_t;
 
-struct gVersion {
+struct QXRTL_API gVersion {
   gVersion() = delete;
 
   // The file version in module `Instance`'s version block; 0.0.0.0 when the

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <iterator>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Utils::System {
@@ -41,7 +42,7 @@ inline constexpr UnicodeStringView STR_WINDOWS_VERSION[] = {
 };
 static_assert(std::size(STR_WINDOWS_VERSION) == wvWinNext + 1);
 
-struct gSystem {
+struct QXRTL_API gSystem {
   gSystem() = delete;
 
   // The running Windows release; wvUnknown off Windows and for releases it

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Quorvex.Rtl.Encoding.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Streams.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
@@ -29,7 +30,7 @@ using Strings::UnicodeStringView;
 using TObjectDynArray = std::vector<TObject*>;
 
 // An object whose state can be copied from another with Assign.
-class TPersistent : public TObject {
+class QXRTL_API TPersistent : public TObject {
   QX_CLASS(TPersistent, TObject, "Quorvex.Rtl.Classes")
  public:
   // Copies `source` into this object. The base lets the source copy itself
@@ -53,7 +54,7 @@ class TStringsEnumerator;
 // An object that mirrors a list elsewhere: a list calls ReferenceStrings
 // when the adapter is attached and ReleaseStrings when it is detached
 // (replaced, cleared or the list destroyed).
-class IStringsAdapter : public virtual Objects::IInterface {
+class QXRTL_API IStringsAdapter : public virtual Objects::IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{5C1E8A3B-94D2-4F67-B0A5-2E7D6C9F1843}");
 
@@ -66,7 +67,7 @@ class IStringsAdapter : public virtual Objects::IInterface {
 
 // Walks the lines of a list for range-for. Each step reads the line
 // afresh; the end is fixed when the walk starts.
-class TStringsIterator {
+class QXRTL_API TStringsIterator {
  public:
   TStringsIterator(const TStrings& strings, int index) : FStrings(&strings), FIndex(index) {}
 
@@ -87,7 +88,7 @@ class TStringsIterator {
 // forms, name-value access and searching are built on those primitives.
 // Indexes are 0-based; an index outside the list raises EStringListError
 // "List index out of bounds (%d)" in every primitive that takes one.
-class TStrings : public TPersistent {
+class QXRTL_API TStrings : public TPersistent {
   QX_CLASS(TStrings, TPersistent, "Quorvex.Rtl.Classes")
  public:
   TStrings() = default;
@@ -301,7 +302,7 @@ class TStrings : public TPersistent {
 };
 
 // Steps through the lines of a list: MoveNext first, then GetCurrent.
-class TStringsEnumerator : public TObject {
+class QXRTL_API TStringsEnumerator : public TObject {
   QX_CLASS(TStringsEnumerator, TObject, "Quorvex.Rtl.Classes")
  public:
   explicit TStringsEnumerator(const TStrings& strings) : FStrings(strings) {}
@@ -318,7 +319,7 @@ class TStringsEnumerator : public TObject {
 };
 
 // Releases a buffer returned by TStrings::GetText; nullptr is ignored.
-void StrDispose(Char* text);
+QXRTL_API void StrDispose(Char* text);
 
 // What a sorted TStringList does with a line equal to one it holds.
 enum class TDuplicates { dupIgnore, dupAccept, dupError };
@@ -333,7 +334,7 @@ using TStringListSortCompare = std::function<int(TStringList& list, int index1, 
 // list. A sorted list keeps its lines in CompareStrings order, finds them by
 // binary search and refuses positional changes (Insert, Put, Move) with
 // EStringListError "Operation not allowed on sorted list".
-class TStringList : public TStrings {
+class QXRTL_API TStringList : public TStrings {
   QX_CLASS(TStringList, TStrings, "Quorvex.Rtl.Classes")
  public:
   TStringList() = default;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Rtl::DateTime {
@@ -29,69 +30,70 @@ constexpr double MinDateTime = -693593;
 constexpr double MaxDateTime = 2958465;
 
 // True for years of 366 days (Gregorian rule).
-bool IsLeapYear(int year);
+QXRTL_API bool IsLeapYear(int year);
 
 // Days in `month` of `year`; raises ERangeError for a month outside 1..12.
-int DaysInMonth(int year, int month);
+QXRTL_API int DaysInMonth(int year, int month);
 
 // Stores the day number of a date and returns true, or returns false when
 // the date does not exist (year outside 1..9999, month 0, February 30...).
-bool TryEncodeDate(int year, int month, int day, TDateTime& date);
+QXRTL_API bool TryEncodeDate(int year, int month, int day, TDateTime& date);
 
 // The day number of a date; raises EConvertError
 // "Invalid argument to date encode" when the date does not exist.
-TDateTime EncodeDate(int year, int month, int day);
+QXRTL_API TDateTime EncodeDate(int year, int month, int day);
 
 // Stores the fraction of a day for a time of day and returns true, or
 // returns false for a part out of range (hour 24, minute 60, ms 1000...).
-bool TryEncodeTime(int hour, int minute, int second, int msec, TDateTime& time);
+QXRTL_API bool TryEncodeTime(int hour, int minute, int second, int msec, TDateTime& time);
 
 // The fraction of a day for a time of day; raises EConvertError
 // "Invalid argument to time encode" for a part out of range.
-TDateTime EncodeTime(int hour, int minute, int second, int msec);
+QXRTL_API TDateTime EncodeTime(int hour, int minute, int second, int msec);
 
 // Date and time combined; raises what EncodeDate or EncodeTime raise.
-TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec);
+QXRTL_API TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec);
 
 // Splits a value into its parts, to the nearest millisecond. Raise
 // ERangeError for a value outside MinDateTime..MaxDateTime (or NaN).
-void DecodeDate(TDateTime value, int& year, int& month, int& day);
-void DecodeTime(TDateTime value, int& hour, int& minute, int& second, int& msec);
-void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second, int& msec);
+QXRTL_API void DecodeDate(TDateTime value, int& year, int& month, int& day);
+QXRTL_API void DecodeTime(TDateTime value, int& hour, int& minute, int& second, int& msec);
+QXRTL_API void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second,
+                              int& msec);
 
 // Day of the week, 1 = Sunday ... 7 = Saturday; raises as DecodeDate.
-int DayOfWeek(TDateTime value);
+QXRTL_API int DayOfWeek(TDateTime value);
 
 // The current local date and time, the date alone and the time alone.
-TDateTime Now();
-TDateTime Date();
-TDateTime Time();
+QXRTL_API TDateTime Now();
+QXRTL_API TDateTime Date();
+QXRTL_API TDateTime Time();
 
 // `value` moved by a number of units, exact to the millisecond across
 // midnight and across the negative-day boundary. Raise ERangeError for a
 // value out of range and EIntOverflow when the count overflows.
-TDateTime IncMilliSecond(TDateTime value, int64_t count = 1);
-TDateTime IncSecond(TDateTime value, int64_t count = 1);
-TDateTime IncMinute(TDateTime value, int64_t count = 1);
-TDateTime IncHour(TDateTime value, int64_t count = 1);
-TDateTime IncDay(TDateTime value, int64_t count = 1);
+QXRTL_API TDateTime IncMilliSecond(TDateTime value, int64_t count = 1);
+QXRTL_API TDateTime IncSecond(TDateTime value, int64_t count = 1);
+QXRTL_API TDateTime IncMinute(TDateTime value, int64_t count = 1);
+QXRTL_API TDateTime IncHour(TDateTime value, int64_t count = 1);
+QXRTL_API TDateTime IncDay(TDateTime value, int64_t count = 1);
 
 // Formats `value` with a pattern. Recognised (letters in any case):
 // yyyy, yy, mm, m, dd, d, hh, h (24-hour), nn, n, ss, s, zzz, z; the
 // doubled forms pad with zeros. Text in '...' or "..." is copied without
 // its quotes, and every other character is copied as it is. Raises as
 // DecodeDate.
-UnicodeString FormatDateTime(UnicodeStringView format, TDateTime value);
+QXRTL_API UnicodeString FormatDateTime(UnicodeStringView format, TDateTime value);
 
 // The offset of local time from UTC now, in minutes (UTC+2 gives 120).
 // Comes from the operating system unless a TTimeZoneOverride is alive.
-int32_t UtcOffsetMinutes();
+QXRTL_API int32_t UtcOffsetMinutes();
 
 // Makes UtcOffsetMinutes answer a fixed offset while it lives, so that
 // behaviour in other zones can be checked without touching the machine's
 // zone. Overrides nest: destruction restores the previous answer. Process
 // wide, so meant for tests and single-threaded set-up.
-class TTimeZoneOverride {
+class QXRTL_API TTimeZoneOverride {
  public:
   explicit TTimeZoneOverride(int32_t offsetMinutes);
   ~TTimeZoneOverride();

@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
@@ -20,7 +21,7 @@ using TBytes = std::vector<uint8_t>;
 using TByteSpan = std::span<const uint8_t>;
 
 // Converts text to and from one byte encoding.
-class TEncoding : public Objects::TObject {
+class QXRTL_API TEncoding : public Objects::TObject {
   QX_CLASS(TEncoding, TObject, "Quorvex.Rtl.Encoding")
  public:
   // The system's ANSI code page on Windows, UTF-8 elsewhere; no
@@ -60,7 +61,7 @@ class TEncoding : public Objects::TObject {
 };
 
 // UTF-8 through the runtime's own conversions.
-class TUTF8Encoding : public TEncoding {
+class QXRTL_API TUTF8Encoding : public TEncoding {
   QX_CLASS(TUTF8Encoding, TEncoding, "Quorvex.Rtl.Encoding")
  public:
   TBytes GetPreamble() const override;
@@ -71,7 +72,7 @@ class TUTF8Encoding : public TEncoding {
 };
 
 // UTF-16 in little-endian byte order; a trailing odd byte is ignored.
-class TUnicodeEncoding : public TEncoding {
+class QXRTL_API TUnicodeEncoding : public TEncoding {
   QX_CLASS(TUnicodeEncoding, TEncoding, "Quorvex.Rtl.Encoding")
  public:
   TBytes GetPreamble() const override;
@@ -82,7 +83,7 @@ class TUnicodeEncoding : public TEncoding {
 };
 
 // UTF-16 in big-endian byte order; a trailing odd byte is ignored.
-class TBigEndianUnicodeEncoding : public TEncoding {
+class QXRTL_API TBigEndianUnicodeEncoding : public TEncoding {
   QX_CLASS(TBigEndianUnicodeEncoding, TEncoding, "Quorvex.Rtl.Encoding")
  public:
   TBytes GetPreamble() const override;
@@ -93,7 +94,7 @@ class TBigEndianUnicodeEncoding : public TEncoding {
 };
 
 // 7-bit ASCII: code units and bytes above 127 both become '?'.
-class TASCIIEncoding : public TEncoding {
+class QXRTL_API TASCIIEncoding : public TEncoding {
   QX_CLASS(TASCIIEncoding, TEncoding, "Quorvex.Rtl.Encoding")
  public:
   TBytes GetPreamble() const override;
@@ -104,7 +105,7 @@ class TASCIIEncoding : public TEncoding {
 };
 
 // The system's ANSI code page (UTF-8 on systems that have no other).
-class TAnsiEncoding : public TEncoding {
+class QXRTL_API TAnsiEncoding : public TEncoding {
   QX_CLASS(TAnsiEncoding, TEncoding, "Quorvex.Rtl.Encoding")
  public:
   TBytes GetPreamble() const override;

@@ -9,6 +9,7 @@
 #include <exception>
 #include <string>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
@@ -26,7 +27,7 @@ template <std::derived_from<Exception> E>
 [[noreturn]] void RaiseOuterException(E outer);
 
 // Root of all library exceptions.
-class Exception : public std::exception, public TObject {
+class QXRTL_API Exception : public std::exception, public TObject {
   QX_CLASS(Exception, TObject, "Quorvex.Rtl.Exceptions")
  public:
   // Takes the stack-trace text from the installed provider, if any.
@@ -61,8 +62,8 @@ void RaiseOuterException(E outer) {
 using TStackTraceProvider = UnicodeString (*)();
 
 // Installs `provider` for exceptions made from now on; nullptr removes it.
-void SetStackTraceProvider(TStackTraceProvider provider);
-TStackTraceProvider GetStackTraceProvider();
+QXRTL_API void SetStackTraceProvider(TStackTraceProvider provider);
+QXRTL_API TStackTraceProvider GetStackTraceProvider();
 
 // Declares an exception class that only carries its formatted message,
 // with the unit it belongs to for its class information:
@@ -96,14 +97,14 @@ QX_DECLARE_EXCEPTION(ERangeError, EIntError, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EIntOverflow, EIntError, "Quorvex.Rtl.Exceptions");
 
 // A failed assertion: "<message> (<file>, line <n>)".
-class EAssertionFailed : public Exception {
+class QXRTL_API EAssertionFailed : public Exception {
   QX_CLASS(EAssertionFailed, Exception, "Quorvex.Rtl.Exceptions")
  public:
   EAssertionFailed(UnicodeStringView message, UnicodeStringView fileName, int line);
 };
 
 // A failed operating-system call, with the system's error code and text.
-class EOSError : public Exception {
+class QXRTL_API EOSError : public Exception {
   QX_CLASS(EOSError, Exception, "Quorvex.Rtl.Exceptions")
  public:
   EOSError(UnicodeString message, uint32_t errorCode);
@@ -114,31 +115,31 @@ class EOSError : public Exception {
 };
 
 // Raises ERangeError "Range check error".
-[[noreturn]] void RaiseRangeError();
+[[noreturn]] QXRTL_API void RaiseRangeError();
 
 // Raises EIntOverflow "Integer overflow".
-[[noreturn]] void RaiseIntOverflow();
+[[noreturn]] QXRTL_API void RaiseIntOverflow();
 
 // Raises EInvalidCast "Invalid class typecast".
-[[noreturn]] void RaiseInvalidCast();
+[[noreturn]] QXRTL_API void RaiseInvalidCast();
 
 // Raises EInvalidPointer "Invalid pointer operation".
-[[noreturn]] void RaiseInvalidPointer();
+[[noreturn]] QXRTL_API void RaiseInvalidPointer();
 
 // Raises EAbstractError "Abstract Error".
-[[noreturn]] void RaiseAbstractError();
+[[noreturn]] QXRTL_API void RaiseAbstractError();
 
 // Raises EListError "List index out of bounds (%d)".
-[[noreturn]] void RaiseListIndexError(int64_t index);
+[[noreturn]] QXRTL_API void RaiseListIndexError(int64_t index);
 
 // Raises EAssertionFailed unless `condition` holds.
-void Assert(bool condition, UnicodeStringView message, UnicodeStringView fileName, int line);
+QXRTL_API void Assert(bool condition, UnicodeStringView message, UnicodeStringView fileName, int line);
 
 // The system's message text for an error code ("" when it has none).
-UnicodeString SysErrorMessage(uint32_t errorCode);
+QXRTL_API UnicodeString SysErrorMessage(uint32_t errorCode);
 
 // The calling thread's last operating-system error code.
-uint32_t GetLastError();
+QXRTL_API uint32_t GetLastError();
 
 // Raises E with `format` filled by `args` followed by the thread's last
 // error code, read before anything else can change it (messages such as
@@ -152,12 +153,12 @@ template <typename E, typename... Args>
 // Raises EOSError for the thread's last error:
 // "System Error.  Code: %d.\r\n%s", or "A call to an OS function failed"
 // when the code is 0.
-[[noreturn]] void RaiseLastOSError();
-[[noreturn]] void RaiseLastOSError(uint32_t errorCode);
+[[noreturn]] QXRTL_API void RaiseLastOSError();
+[[noreturn]] QXRTL_API void RaiseLastOSError(uint32_t errorCode);
 
 // Raises EOSError "System Error.  Code: %d.\r\n%s" with `systemText` as the
 // text, for failures whose description does not come from the error code
 // (a dynamic loader's own message); code 0 raises as RaiseLastOSError(0).
-[[noreturn]] void RaiseOSError(uint32_t errorCode, UnicodeStringView systemText);
+[[noreturn]] QXRTL_API void RaiseOSError(uint32_t errorCode, UnicodeStringView systemText);
 
 }  // namespace Quorvex::Rtl::Exceptions

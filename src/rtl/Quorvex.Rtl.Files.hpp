@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Rtl::Files {
@@ -31,38 +32,38 @@ inline constexpr uint32_t faAnyFile = 0x1FF;
 inline constexpr uint32_t faInvalid = 0xFFFFFFFFu;
 
 // The platform's path delimiter: '\' on Windows, '/' elsewhere.
-Char PathDelim();
+QXRTL_API Char PathDelim();
 
 // True when `name` is an existing file (not a folder); links are followed.
-bool FileExists(UnicodeStringView name);
+QXRTL_API bool FileExists(UnicodeStringView name);
 
 // True when `name` is an existing folder; links are followed.
-bool DirectoryExists(UnicodeStringView name);
+QXRTL_API bool DirectoryExists(UnicodeStringView name);
 
 // Deletes a file; false on failure.
-bool DeleteFile(UnicodeStringView name);
+QXRTL_API bool DeleteFile(UnicodeStringView name);
 
 // Creates one folder (its parent must exist); false on failure.
-bool CreateDir(UnicodeStringView dir);
+QXRTL_API bool CreateDir(UnicodeStringView dir);
 
 // Removes an empty folder; false on failure.
-bool RemoveDir(UnicodeStringView dir);
+QXRTL_API bool RemoveDir(UnicodeStringView dir);
 
 // Creates `dir` with every missing parent. True when the folder exists
 // afterwards; false for an empty name or when a level cannot be created.
-bool ForceDirectories(UnicodeStringView dir);
+QXRTL_API bool ForceDirectories(UnicodeStringView dir);
 
 // Renames or moves a file or folder; false on failure.
-bool RenameFile(UnicodeStringView oldName, UnicodeStringView newName);
+QXRTL_API bool RenameFile(UnicodeStringView oldName, UnicodeStringView newName);
 
 // The attribute bits of a file or folder; faInvalid when it is missing.
-uint32_t FileGetAttr(UnicodeStringView name);
+QXRTL_API uint32_t FileGetAttr(UnicodeStringView name);
 
 // Sets the attribute bits; false on failure.
-bool FileSetAttr(UnicodeStringView name, uint32_t attributes);
+QXRTL_API bool FileSetAttr(UnicodeStringView name, uint32_t attributes);
 
 // One entry found by FindFirst/FindNext.
-struct TSearchRec {
+struct QXRTL_API TSearchRec {
   UnicodeString Name;  // without its folder
   uint32_t Attr = 0;
   int64_t Size = 0;
@@ -74,56 +75,56 @@ struct TSearchRec {
 // reporting entries whose attributes fit `attr` (faAnyFile for all).
 // Returns 0 with the first entry in `rec`, otherwise the system error
 // code; on success the search must end with FindClose.
-int FindFirst(UnicodeStringView path, uint32_t attr, TSearchRec& rec);
+QXRTL_API int FindFirst(UnicodeStringView path, uint32_t attr, TSearchRec& rec);
 
 // Moves `rec` to the next entry: 0, or the system error code at the end.
-int FindNext(TSearchRec& rec);
+QXRTL_API int FindNext(TSearchRec& rec);
 
 // Ends a search; harmless on a record whose search has ended.
-void FindClose(TSearchRec& rec);
+QXRTL_API void FindClose(TSearchRec& rec);
 
 // The folder part of a file name, with its trailing delimiter ("" when
 // there is none). '\', '/' and the drive colon delimit on Windows, '/'
 // elsewhere.
-UnicodeString ExtractFilePath(UnicodeStringView fileName);
+QXRTL_API UnicodeString ExtractFilePath(UnicodeStringView fileName);
 
 // The folder part without its trailing delimiter, except for a root.
-UnicodeString ExtractFileDir(UnicodeStringView fileName);
+QXRTL_API UnicodeString ExtractFileDir(UnicodeStringView fileName);
 
 // The name after the last delimiter.
-UnicodeString ExtractFileName(UnicodeStringView fileName);
+QXRTL_API UnicodeString ExtractFileName(UnicodeStringView fileName);
 
 // The extension with its dot ("" when the name has none).
-UnicodeString ExtractFileExt(UnicodeStringView fileName);
+QXRTL_API UnicodeString ExtractFileExt(UnicodeStringView fileName);
 
 // `fileName` with its extension replaced by (or extended with) `extension`.
-UnicodeString ChangeFileExt(UnicodeStringView fileName, UnicodeStringView extension);
+QXRTL_API UnicodeString ChangeFileExt(UnicodeStringView fileName, UnicodeStringView extension);
 
 // `s` ending in exactly the path delimiter it had, or with one added.
-UnicodeString IncludeTrailingPathDelimiter(UnicodeStringView s);
+QXRTL_API UnicodeString IncludeTrailingPathDelimiter(UnicodeStringView s);
 
 // `s` without one trailing path delimiter.
-UnicodeString ExcludeTrailingPathDelimiter(UnicodeStringView s);
+QXRTL_API UnicodeString ExcludeTrailingPathDelimiter(UnicodeStringView s);
 
 // False for an absolute path (one that starts with a delimiter or with a
 // drive letter and a colon) and for the empty string; true otherwise.
-bool IsRelativePath(UnicodeStringView path);
+QXRTL_API bool IsRelativePath(UnicodeStringView path);
 
 // `fileName` expanded against the current folder, "." and ".." resolved;
 // "" when the platform cannot expand it.
-UnicodeString ExpandFileName(UnicodeStringView fileName);
+QXRTL_API UnicodeString ExpandFileName(UnicodeStringView fileName);
 
 // The process's current folder.
-UnicodeString GetCurrentDir();
+QXRTL_API UnicodeString GetCurrentDir();
 
 // The whole content of a file. Raises EFOpenError "Cannot open file
 // \"%s\". %s" (name, system message) when it cannot be opened, EReadError
 // "Stream read error" when reading fails.
-RawByteString ReadFileBytes(UnicodeStringView fileName);
+QXRTL_API RawByteString ReadFileBytes(UnicodeStringView fileName);
 
 // Creates or truncates a file and writes `bytes`. Raises EFCreateError
 // "Cannot create file \"%s\". %s" when it cannot be created, EWriteError
 // "Stream write error" when writing fails.
-void WriteFileBytes(UnicodeStringView fileName, const RawByteString& bytes);
+QXRTL_API void WriteFileBytes(UnicodeStringView fileName, const RawByteString& bytes);
 
 }  // namespace Quorvex::Rtl::Files

@@ -9,12 +9,13 @@
 #include <type_traits>
 #include <utility>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 // The exceptions are objects too (Exception derives from TObject), so their
 // header is included at the end of this one; until then these are enough.
 namespace Quorvex::Rtl::Exceptions {
-[[noreturn]] void RaiseInvalidCast();
+[[noreturn]] QXRTL_API void RaiseInvalidCast();
 }  // namespace Quorvex::Rtl::Exceptions
 
 namespace Quorvex::Rtl::Objects {
@@ -23,7 +24,7 @@ using Strings::UnicodeString;
 using Strings::UnicodeStringView;
 
 // A 128-bit interface identifier, written "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}".
-struct TGUID {
+struct QXRTL_API TGUID {
   uint32_t D1 = 0;
   uint16_t D2 = 0;
   uint16_t D3 = 0;
@@ -38,7 +39,7 @@ struct TGUID {
 };
 
 namespace Detail {
-[[noreturn]] void RaiseBadGuid();
+[[noreturn]] QXRTL_API void RaiseBadGuid();
 constexpr uint32_t HexValue(char c) {
   if (c >= '0' && c <= '9') return static_cast<uint32_t>(c - '0');
   if (c >= 'A' && c <= 'F') return static_cast<uint32_t>(c - 'A' + 10);
@@ -80,7 +81,7 @@ using TClass = const TClassInfo*;
 
 // What the runtime knows of a class: its names, its parent and how to make
 // an instance. One record per class, built on first use and never freed.
-class TClassInfo {
+class QXRTL_API TClassInfo {
  public:
   using TFactory = TObject* (*)();
 
@@ -134,7 +135,7 @@ constexpr TClassInfo::TFactory DefaultFactory() {
  private:
 
 // The root of all classes.
-class TObject {
+class QXRTL_API TObject {
  public:
   TObject() = default;
   // A copy is a new object: it gets a monitor lock of its own when it needs one.
@@ -176,18 +177,18 @@ class TObject {
 
 // Runs obj->BeforeDestruction(), then deletes it; nothing for nullptr. An
 // exception from BeforeDestruction passes on and the object is not deleted.
-void FreeObject(TObject* obj);
+QXRTL_API void FreeObject(TObject* obj);
 
 // Enters the monitor lock of `obj`, waiting as long as it takes. The lock
 // is re-entrant: a thread may enter it again and must leave it as often.
-void MonitorEnter(TObject& obj);
+QXRTL_API void MonitorEnter(TObject& obj);
 
 // Leaves the monitor lock of `obj`; the calling thread must hold it.
-void MonitorExit(TObject& obj);
+QXRTL_API void MonitorExit(TObject& obj);
 
 // Holds the monitor lock of an object for the guard's scope, so the lock is
 // left also when the guarded work raises.
-class TMonitorGuard {
+class QXRTL_API TMonitorGuard {
  public:
   explicit TMonitorGuard(TObject& obj) : FObject(obj) { MonitorEnter(FObject); }
   ~TMonitorGuard() { MonitorExit(FObject); }
@@ -209,7 +210,7 @@ T* ObjectCast(TObject* obj) {
 
 // The base of every interface. Interfaces derive from it virtually so that
 // one object implementing several of them has a single reference count.
-class IInterface {
+class QXRTL_API IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{00000000-0000-0000-C000-000000000046}");
 
@@ -248,7 +249,7 @@ void* FindInTable(Self* self, const TGUID& iid) {
 
 // A reference-counted object: it starts with a count of zero, the first
 // interface reference holds it, and it frees itself when the last goes.
-class TInterfacedObject : public TObject, public virtual IInterface {
+class QXRTL_API TInterfacedObject : public TObject, public virtual IInterface {
   QX_CLASS(TInterfacedObject, TObject, "Quorvex.Rtl.Objects")
  public:
   int32_t QueryInterface(const TGUID& iid, void** obj) override;
@@ -268,7 +269,7 @@ class TInterfacedObject : public TObject, public virtual IInterface {
 
 // Answers QueryInterface for `self` from its FindInterface, taking a
 // reference on success. Shared by every IInterface implementation.
-int32_t QueryInterfaceOf(TObject* self, IInterface* asInterface, const TGUID& iid, void** obj);
+QXRTL_API int32_t QueryInterfaceOf(TObject* self, IInterface* asInterface, const TGUID& iid, void** obj);
 
 // A counted reference to an interface: copying adds a reference, going
 // out of scope releases it. The one smart pointer for interfaces.
@@ -349,7 +350,7 @@ bool Supports(TObject* obj) {
 
 // The object behind an interface reference (nullptr when the interface is
 // not implemented by a TObject).
-TObject* ObjectOf(IInterface* intf);
+QXRTL_API TObject* ObjectOf(IInterface* intf);
 
 }  // namespace Quorvex::Rtl::Objects
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "Quorvex.Rtl.Encoding.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
@@ -34,7 +35,7 @@ inline constexpr uint16_t fmShareDenyRead = 0x0030;
 inline constexpr uint16_t fmShareDenyNone = 0x0040;
 
 // A sequence of bytes with a current position.
-class TStream : public Objects::TObject {
+class QXRTL_API TStream : public Objects::TObject {
   QX_CLASS(TStream, TObject, "Quorvex.Rtl.Streams")
  public:
   // Reads up to `count` bytes at the position into `buffer` and advances
@@ -66,7 +67,7 @@ class TStream : public Objects::TObject {
 };
 
 // A stream over an operating-system file handle it does not own.
-class THandleStream : public TStream {
+class QXRTL_API THandleStream : public TStream {
   QX_CLASS(THandleStream, TStream, "Quorvex.Rtl.Streams")
  public:
   explicit THandleStream(intptr_t handle) : FHandle(handle) {}
@@ -87,7 +88,7 @@ class THandleStream : public TStream {
 };
 
 // A stream over a named file that it opens and closes.
-class TFileStream : public THandleStream {
+class QXRTL_API TFileStream : public THandleStream {
   QX_CLASS(TFileStream, THandleStream, "Quorvex.Rtl.Streams")
  public:
   // Opens `fileName` with `mode` (an access mode or'ed with a share mode)
@@ -107,7 +108,7 @@ class TFileStream : public THandleStream {
 
 // A stream over a block of memory it reads, seeks and saves; writing is
 // left to subclasses that own the memory.
-class TCustomMemoryStream : public TStream {
+class QXRTL_API TCustomMemoryStream : public TStream {
   QX_CLASS(TCustomMemoryStream, TStream, "Quorvex.Rtl.Streams")
  public:
   int64_t Read(void* buffer, int64_t count) override;
@@ -133,7 +134,7 @@ class TCustomMemoryStream : public TStream {
 };
 
 // A growable memory stream that owns its buffer.
-class TMemoryStream : public TCustomMemoryStream {
+class QXRTL_API TMemoryStream : public TCustomMemoryStream {
   QX_CLASS(TMemoryStream, TCustomMemoryStream, "Quorvex.Rtl.Streams")
  public:
   TMemoryStream() = default;
@@ -170,7 +171,7 @@ class TMemoryStream : public TCustomMemoryStream {
 };
 
 // A memory stream whose storage is a byte array.
-class TBytesStream : public TMemoryStream {
+class QXRTL_API TBytesStream : public TMemoryStream {
   QX_CLASS(TBytesStream, TMemoryStream, "Quorvex.Rtl.Streams")
  public:
   TBytesStream() = default;
@@ -189,7 +190,7 @@ class TBytesStream : public TMemoryStream {
 };
 
 // A byte stream holding text in one encoding.
-class TStringStream : public TBytesStream {
+class QXRTL_API TStringStream : public TBytesStream {
   QX_CLASS(TStringStream, TBytesStream, "Quorvex.Rtl.Streams")
  public:
   // An empty stream in the default encoding.

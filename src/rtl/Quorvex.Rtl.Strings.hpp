@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "Quorvex.Rtl.Export.hpp"
+
 namespace Quorvex::Rtl::Strings {
 
 using UnicodeString = std::u16string;
@@ -17,67 +19,67 @@ using Char = char16_t;
 using TStringDynArray = std::vector<UnicodeString>;
 
 // Converts UTF-8 to UTF-16. Malformed sequences become U+FFFD.
-UnicodeString Utf8ToUtf16(std::string_view text);
+QXRTL_API UnicodeString Utf8ToUtf16(std::string_view text);
 
 // Converts UTF-16 to UTF-8. Unpaired surrogates become U+FFFD.
-std::string Utf16ToUtf8(UnicodeStringView text);
+QXRTL_API std::string Utf16ToUtf8(UnicodeStringView text);
 
 // Shorthand for literals and narrow ASCII/UTF-8 text coming from C APIs.
 inline UnicodeString U(std::string_view utf8) { return Utf8ToUtf16(utf8); }
 
 // Removes blanks and control characters (code <= 32) from both ends.
-UnicodeString Trim(UnicodeStringView s);
-UnicodeString TrimLeft(UnicodeStringView s);
-UnicodeString TrimRight(UnicodeStringView s);
+QXRTL_API UnicodeString Trim(UnicodeStringView s);
+QXRTL_API UnicodeString TrimLeft(UnicodeStringView s);
+QXRTL_API UnicodeString TrimRight(UnicodeStringView s);
 
 // Upper-/lower-cases the ASCII letters only; every other character stays.
-UnicodeString UpperCase(UnicodeStringView s);
-UnicodeString LowerCase(UnicodeStringView s);
+QXRTL_API UnicodeString UpperCase(UnicodeStringView s);
+QXRTL_API UnicodeString LowerCase(UnicodeStringView s);
 
 // Case-insensitive comparison over ASCII letters: <0, 0 or >0.
-int CompareText(UnicodeStringView a, UnicodeStringView b);
-bool SameText(UnicodeStringView a, UnicodeStringView b);
+QXRTL_API int CompareText(UnicodeStringView a, UnicodeStringView b);
+QXRTL_API bool SameText(UnicodeStringView a, UnicodeStringView b);
 
 // 1-based position of the first occurrence of `sub` in `s`, 0 if absent
 // (an empty `sub` is never found).
-int Pos(UnicodeStringView sub, UnicodeStringView s, int offset = 1);
+QXRTL_API int Pos(UnicodeStringView sub, UnicodeStringView s, int offset = 1);
 
 // Replaces every occurrence of `from` (non-empty) by `to`, left to right.
-UnicodeString ReplaceAll(UnicodeStringView s, UnicodeStringView from, UnicodeStringView to);
+QXRTL_API UnicodeString ReplaceAll(UnicodeStringView s, UnicodeStringView from, UnicodeStringView to);
 
 // Decimal text of an integer.
-UnicodeString IntToStr(int64_t value);
-UnicodeString UIntToStr(uint64_t value);
+QXRTL_API UnicodeString IntToStr(int64_t value);
+QXRTL_API UnicodeString UIntToStr(uint64_t value);
 
 // Upper-case hexadecimal text of `value`, at least `digits` digits.
-UnicodeString IntToHex(uint64_t value, int digits = 1);
+QXRTL_API UnicodeString IntToHex(uint64_t value, int digits = 1);
 
 // Parses an integer the runtime's way: optional blanks and sign, decimal
 // digits, or "$"/"0x" followed by hexadecimal digits. Returns false on
 // anything else or when the value does not fit.
-bool TryStrToInt(UnicodeStringView s, int32_t& value);
-bool TryStrToInt64(UnicodeStringView s, int64_t& value);
+QXRTL_API bool TryStrToInt(UnicodeStringView s, int32_t& value);
+QXRTL_API bool TryStrToInt64(UnicodeStringView s, int64_t& value);
 
 // As TryStrToInt; raises EConvertError "'%s' is not a valid integer value".
-int32_t StrToInt(UnicodeStringView s);
-int64_t StrToInt64(UnicodeStringView s);
+QXRTL_API int32_t StrToInt(UnicodeStringView s);
+QXRTL_API int64_t StrToInt64(UnicodeStringView s);
 
 // As TryStrToInt, returning `def` when the text is not an integer.
-int32_t StrToIntDef(UnicodeStringView s, int32_t def);
-int64_t StrToInt64Def(UnicodeStringView s, int64_t def);
+QXRTL_API int32_t StrToIntDef(UnicodeStringView s, int32_t def);
+QXRTL_API int64_t StrToInt64Def(UnicodeStringView s, int64_t def);
 
 // Number settings used by FormatFloat; initialised from the user's locale.
-struct TFormatSettings {
+struct QXRTL_API TFormatSettings {
   Char DecimalSeparator = u'.';
   Char ThousandSeparator = u',';
 };
 
 // The process-wide settings (read from the system on first use).
-TFormatSettings& FormatSettings();
+QXRTL_API TFormatSettings& FormatSettings();
 
 // One argument of Format: an integer (with the width it came in), a float
 // or a string.
-class TFormatArg {
+class QXRTL_API TFormatArg {
  public:
   enum class TKind { Integer, Unsigned, Float, String };
 
@@ -111,7 +113,7 @@ class TFormatArg {
 // [width] ["." precision] type, with types d, u, x (upper-case hex), s,
 // f, e, g, n and "%%". Raises EConvertError "Format '%s' invalid or
 // incompatible with argument" on a mismatch or a missing argument.
-UnicodeString FormatArgs(UnicodeStringView format, std::initializer_list<TFormatArg> args);
+QXRTL_API UnicodeString FormatArgs(UnicodeStringView format, std::initializer_list<TFormatArg> args);
 
 template <typename... Args>
 UnicodeString Format(UnicodeStringView format, const Args&... args) {
@@ -122,7 +124,7 @@ UnicodeString Format(UnicodeStringView format, const Args&... args) {
 // placeholders "0" and "#", a decimal point, optional grouping ",", and
 // literal text (quoted or bare). The value is first taken to 18
 // significant digits, then rounded half away from zero.
-UnicodeString FormatFloat(UnicodeStringView format, long double value);
-UnicodeString FormatFloat(UnicodeStringView format, long double value, const TFormatSettings& settings);
+QXRTL_API UnicodeString FormatFloat(UnicodeStringView format, long double value);
+QXRTL_API UnicodeString FormatFloat(UnicodeStringView format, long double value, const TFormatSettings& settings);
 
 }  // namespace Quorvex::Rtl::Strings

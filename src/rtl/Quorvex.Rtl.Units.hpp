@@ -10,9 +10,11 @@
 
 #include <initializer_list>
 
+#include "Quorvex.Rtl.Export.hpp"
+
 namespace Quorvex::Rtl::Units {
 
-class TUnit {
+class QXRTL_API TUnit {
  public:
   using TRoutine = void (*)();
 
@@ -49,7 +51,7 @@ class TUnit {
 };
 
 // Registers a unit and initialises it while the module loads.
-class TUnitLoader {
+class QXRTL_API TUnitLoader {
  public:
   explicit TUnitLoader(TUnit& unit);
 };
@@ -63,11 +65,11 @@ class TUnitLoader {
   static const ::Quorvex::Rtl::Units::TUnitLoader Variable##Loader(Variable)
 
 // Initialises every registered unit that is not yet (dependencies first).
-void InitializeAll();
+QXRTL_API void InitializeAll();
 
 // Finalises the units in the reverse order of their initialisation. Runs
 // by itself when the process or module unloads; calling it earlier is
 // allowed, and a later InitializeAll starts them again.
-void FinalizeAll();
+QXRTL_API void FinalizeAll();
 
 }  // namespace Quorvex::Rtl::Units

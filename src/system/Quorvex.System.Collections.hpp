@@ -7,6 +7,7 @@
 
 #include "Quorvex.Rtl.Classes.hpp"
 #include "Quorvex.Rtl.Encoding.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Streams.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
@@ -33,7 +34,7 @@ using Rtl::Strings::UnicodeString;
 // exactly as the TStrings member of the same name, failures included (list
 // index errors, stream and file errors). The declaration order is the slot
 // order of the interface and must not change.
-class IStrings : public virtual IInterface {
+class QXRTL_API IStrings : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{1407E475-A5E9-436B-A59B-CDCDA5027376}");
 
@@ -121,7 +122,7 @@ class IStrings : public virtual IInterface {
 // default settings, made by the constructor and freed (with the objects it
 // owns) when the last reference goes; every IStrings operation forwards to
 // it unchanged.
-class TInterfacedStringList : public Rtl::Objects::TInterfacedObject, public IStrings {
+class QXRTL_API TInterfacedStringList : public Rtl::Objects::TInterfacedObject, public IStrings {
   QX_CLASS(TInterfacedStringList, TInterfacedObject, "Quorvex.System.Collections")
   QX_INTERFACES(IStrings)
  public:

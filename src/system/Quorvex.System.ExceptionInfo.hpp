@@ -4,6 +4,7 @@
 
 #include <exception>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 
 namespace Quorvex::System::ExceptionInfo {
@@ -16,7 +17,7 @@ using Rtl::Objects::TInterfacedObject;
 using Rtl::Strings::UnicodeString;
 
 // An immutable description of an exception and the chain nested in it.
-class IExceptionInfo : public virtual IInterface {
+class QXRTL_API IExceptionInfo : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{E594D710-078C-43EB-8275-E2E6B5851AF0}");
 
@@ -36,7 +37,7 @@ class IExceptionInfo : public virtual IInterface {
 // other types get a class named after their C++ type ("std::runtime_error"
 // is class "runtime_error" of unit "std") and the text of what(), or an
 // empty message when they are not std::exception.
-class TExceptionInfo : public TInterfacedObject, public IExceptionInfo {
+class QXRTL_API TExceptionInfo : public TInterfacedObject, public IExceptionInfo {
   QX_CLASS(TExceptionInfo, TInterfacedObject, "Quorvex.System.ExceptionInfo")
   QX_INTERFACES(IExceptionInfo)
  public:

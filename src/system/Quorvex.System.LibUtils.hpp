@@ -1,6 +1,7 @@
 // Loading system libraries that the process keeps for its whole life.
 #pragma once
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::System::LibUtils {
@@ -10,7 +11,7 @@ using Rtl::Strings::UnicodeStringView;
 // A loaded library: an HMODULE on Windows, a dlopen handle elsewhere.
 using TModuleHandle = void*;
 
-struct LibUtils {
+struct QXRTL_API LibUtils {
   LibUtils() = delete;
 
   // Loads library `name` (file name or path) and returns its handle; the

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 
 namespace Quorvex::System::NonRef {
@@ -15,7 +16,7 @@ using Rtl::Objects::TObject;
 // the object alive nor free it, so the owner frees it (delete or
 // FreeObject) and no interface reference may outlive it. Derived classes
 // list their interfaces with QX_INTERFACES.
-class TNonRefCountedObject : public TObject, public virtual IInterface {
+class QXRTL_API TNonRefCountedObject : public TObject, public virtual IInterface {
   QX_CLASS(TNonRefCountedObject, TObject, "Quorvex.System.NonRef")
  public:
   // HResult::Ok with *obj set when the object's interface table has `iid`,

@@ -4,11 +4,13 @@
 #include <optional>
 #include <utility>
 
+#include "Quorvex.Rtl.Export.hpp"
+
 namespace Quorvex::System::Nullable {
 
 namespace Detail {
 // Raises EInvalidOperation "Nullable value is empty".
-[[noreturn]] void RaiseNoValue();
+[[noreturn]] QXRTL_API void RaiseNoValue();
 }  // namespace Detail
 
 // A value of T or nothing. Empty values are equal to each other and

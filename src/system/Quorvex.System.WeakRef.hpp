@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 
 namespace Quorvex::System::WeakRef {
@@ -13,7 +14,7 @@ using Rtl::Objects::TInterfacedObject;
 
 // An object that accepts weak references: addresses of pointer-sized
 // variables holding an uncounted pointer to it.
-class IWeakReferenceableObject : public virtual IInterface {
+class QXRTL_API IWeakReferenceableObject : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{F4CF4BDC-353E-4EDA-8663-1B52EA2054C3}");
 
@@ -26,7 +27,7 @@ class IWeakReferenceableObject : public virtual IInterface {
 // A reference-counted object that writes nullptr into every registered
 // variable when its last reference goes. Registrations may come from any
 // thread; they are serialised by the object's monitor lock.
-class TWeakReferencedObject : public TInterfacedObject, public IWeakReferenceableObject {
+class QXRTL_API TWeakReferencedObject : public TInterfacedObject, public IWeakReferenceableObject {
   QX_CLASS(TWeakReferencedObject, TInterfacedObject, "Quorvex.System.WeakRef")
   QX_INTERFACES(IWeakReferenceableObject)
  public:

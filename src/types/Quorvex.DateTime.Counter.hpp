@@ -5,9 +5,11 @@
 
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
+
 namespace Quorvex::DateTime::Counter {
 
-struct TTimeCounter {
+struct QXRTL_API TTimeCounter {
   // Milliseconds summed over the completed running periods.
   uint64_t FElapsed;
   // The tick count at which the current running period began; 0 while

@@ -7,6 +7,7 @@
 #include <compare>
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Types::IpAddress {
@@ -14,7 +15,7 @@ namespace Quorvex::Types::IpAddress {
 using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
-struct TIpAddress {
+struct QXRTL_API TIpAddress {
   // The dotted numbers in order: Bytes[0] is the first.
   std::array<uint8_t, 4> Bytes = {};
 
@@ -51,12 +52,12 @@ struct TIpAddress {
 enum class TIpAddressClass { icIncorrect, icA, icB, icC, icD, icE };
 using enum TIpAddressClass;
 
-struct TIpAndMask {
+struct QXRTL_API TIpAndMask {
   TIpAddress IP;
   TIpAddress Mask;
 };
 
-struct gIpAddress {
+struct QXRTL_API gIpAddress {
   gIpAddress() = delete;
 
   // True for four dot-separated numbers in 0..255 (empty pieces between

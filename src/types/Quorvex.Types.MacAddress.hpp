@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Types::MacAddress {
@@ -14,7 +15,7 @@ using Rtl::Strings::UnicodeStringView;
 
 using TMacByteArray = std::array<uint8_t, 6>;
 
-struct TMacAddress {
+struct QXRTL_API TMacAddress {
   // The six bytes in the order they are written; A() to F() name them.
   TMacByteArray Groups = {};
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <initializer_list>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Types::Url {
@@ -26,7 +27,7 @@ enum class TURLEscapeOption {
 using enum TURLEscapeOption;
 
 // A set of TURLEscapeOption values.
-class TURLEscapeOptions {
+class QXRTL_API TURLEscapeOptions {
  public:
   constexpr TURLEscapeOptions() = default;
   constexpr TURLEscapeOptions(std::initializer_list<TURLEscapeOption> AOptions) {
@@ -43,7 +44,7 @@ class TURLEscapeOptions {
   uint32_t FBits = 0;
 };
 
-struct TUrlEscapeOptionsFormat {
+struct QXRTL_API TUrlEscapeOptionsFormat {
   TUrlEscapeOptionsFormat() = delete;
 
   // The platform flags of all members ORed together, 0 for the empty set:
@@ -53,7 +54,7 @@ struct TUrlEscapeOptionsFormat {
   static uint32_t Flags(TURLEscapeOptions AOptions);
 };
 
-struct TUrl {
+struct QXRTL_API TUrl {
   // Including the "://" separator, e.g. "https://".
   UnicodeString Protocol;
   UnicodeString Host;

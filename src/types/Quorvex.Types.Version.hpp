@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Types::Version {
@@ -12,7 +13,7 @@ namespace Quorvex::Types::Version {
 using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
-struct TVersionValue {
+struct QXRTL_API TVersionValue {
   uint16_t Major = 0;
   uint16_t Minor = 0;
   uint16_t Release = 0;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Utils::DateTime {
@@ -12,7 +13,7 @@ using Rtl::Strings::UnicodeString;
 
 // The system's broken-down time layout (eight unsigned 16-bit fields),
 // declared here so that callers need no system header.
-struct SYSTEMTIME {
+struct QXRTL_API SYSTEMTIME {
   uint16_t wYear = 0;
   uint16_t wMonth = 0;
   uint16_t wDayOfWeek = 0;
@@ -25,7 +26,7 @@ struct SYSTEMTIME {
 
 // SYSTEMTIME with 64-bit fields, so that the parts of a long duration
 // (say 100000 hours) fit.
-struct TBigTime {
+struct QXRTL_API TBigTime {
   int64_t Year = 0;
   int64_t Month = 0;
   int64_t DayOfWeek = 0;
@@ -41,7 +42,7 @@ struct TBigTime {
 // The largest unit a duration is split into, smallest first.
 enum TDateDegree { ddMSec, ddSec, ddMin, ddHour, ddDay, ddMonth, ddYear };
 
-struct gTime {
+struct QXRTL_API gTime {
   gTime() = delete;
 
   // Splits a duration into parts no larger than `AMaxDegree`: a year is

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Utils::Files {
@@ -16,7 +17,7 @@ using Rtl::Strings::UnicodeStringView;
 // Raised by gFile for failed deletions, renames and attribute changes.
 QX_DECLARE_EXCEPTION(EFileException, Rtl::Exceptions::Exception, "Quorvex.Utils.Files");
 
-struct gFile {
+struct QXRTL_API gFile {
   gFile() = delete;
 
   // True when `fileName` is an existing file; links are followed.

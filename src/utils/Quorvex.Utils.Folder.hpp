@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Utils::Folder {
@@ -16,7 +17,7 @@ using Rtl::Strings::UnicodeStringView;
 // Raised by gFolder for failed removals, renames and attribute changes.
 QX_DECLARE_EXCEPTION(EFolderException, Rtl::Exceptions::Exception, "Quorvex.Utils.Folder");
 
-struct gFolder {
+struct QXRTL_API gFolder {
   gFolder() = delete;
 
   // True when `folder` exists; links are followed.

@@ -3,6 +3,7 @@
 // passes the platform's (Rtl::Files::PathDelim()).
 #pragma once
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Utils::Path {
@@ -11,7 +12,7 @@ using Rtl::Strings::Char;
 using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
-struct gPath {
+struct QXRTL_API gPath {
   gPath() = delete;
 
   // `s` trimmed at both ends with `tail` appended unless its last

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "Quorvex.Rtl.Classes.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 #include "Quorvex.Rtl.Units.hpp"
@@ -24,7 +25,7 @@ namespace Locals {
 
 // The unit words of the formatters, read in one place. Built once when the
 // unit loads and read-only afterwards, so any thread may read it.
-class TStringLocals : public Rtl::Objects::TObject {
+class QXRTL_API TStringLocals : public Rtl::Objects::TObject {
   QX_CLASS(TStringLocals, Rtl::Objects::TObject, "Quorvex.Utils.Strings.Locals")
  public:
   TStringLocals();
@@ -60,7 +61,7 @@ class TStringLocals : public Rtl::Objects::TObject {
 // The unit's start-up record (creates the shared TStringLocals).
 extern Rtl::Units::TUnit StringsUnit;
 
-struct gString {
+struct QXRTL_API gString {
   gString() = delete;
 
   // Appends `value` to `s` after `delimiter`; an empty value leaves `s`

@@ -4,6 +4,7 @@
 
 #include "Quorvex.Rtl.DateTime.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Utils::Xml {
@@ -15,7 +16,7 @@ using Rtl::Strings::UnicodeStringView;
 // Malformed XML date-time text.
 QX_DECLARE_EXCEPTION(EXmlError, Rtl::Exceptions::Exception, "Quorvex.Utils.Xml");
 
-struct gXml {
+struct QXRTL_API gXml {
   gXml() = delete;
 
   // `Value` as "yyyy-mm-ddThh:nn:ss.zzz" followed by the current local
