@@ -165,8 +165,8 @@ class QXRTL_API TObject {
   virtual void BeforeDestruction();
 
  private:
-  friend void MonitorEnter(TObject& obj);
-  friend void MonitorExit(TObject& obj);
+  friend QXRTL_API void MonitorEnter(TObject& obj);
+  friend QXRTL_API void MonitorExit(TObject& obj);
 
   std::recursive_mutex& Monitor();
 

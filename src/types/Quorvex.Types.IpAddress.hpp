@@ -46,7 +46,7 @@ struct QXRTL_API TIpAddress {
     return A.RangeSize() <=> B.RangeSize();
   }
   // RangeSize(A) - RangeSize(B), negative when B is the higher address.
-  friend int64_t operator-(const TIpAddress& A, const TIpAddress& B);
+  friend QXRTL_API int64_t operator-(const TIpAddress& A, const TIpAddress& B);
 };
 
 enum class TIpAddressClass { icIncorrect, icA, icB, icC, icD, icE };

@@ -55,14 +55,14 @@ struct QXRTL_API TVersionValue {
 
   // Orderings compare AsFloat of both sides, never field by field, so they
   // share its precision limits.
-  friend bool operator==(const TVersionValue& A, const TVersionValue& B);
-  friend bool operator!=(const TVersionValue& A, const TVersionValue& B);
-  friend bool operator<(const TVersionValue& A, const TVersionValue& B);
-  friend bool operator>(const TVersionValue& A, const TVersionValue& B);
+  friend QXRTL_API bool operator==(const TVersionValue& A, const TVersionValue& B);
+  friend QXRTL_API bool operator!=(const TVersionValue& A, const TVersionValue& B);
+  friend QXRTL_API bool operator<(const TVersionValue& A, const TVersionValue& B);
+  friend QXRTL_API bool operator>(const TVersionValue& A, const TVersionValue& B);
   // `<` or `=`.
-  friend bool operator<=(const TVersionValue& A, const TVersionValue& B);
+  friend QXRTL_API bool operator<=(const TVersionValue& A, const TVersionValue& B);
   // `>` or `=`.
-  friend bool operator>=(const TVersionValue& A, const TVersionValue& B);
+  friend QXRTL_API bool operator>=(const TVersionValue& A, const TVersionValue& B);
 };
 
 }  // namespace Quorvex::Types::Version
