@@ -65,7 +65,7 @@ QXRTL_API void InstallAppClass(TClass appClass);
 QXRTL_API TQxApp& gApp();
 
 // The unit's start-up record (frees the application object at shut-down).
-extern Rtl::Units::TUnit AppInfoUnit;
+extern QXRTL_API Rtl::Units::TUnit AppInfoUnit;
 
 namespace Detail {
 // For tests only: frees the application object and forgets the installed

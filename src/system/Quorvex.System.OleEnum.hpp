@@ -3,10 +3,11 @@
 // name it as a dependency.
 #pragma once
 
+#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Units.hpp"
 
 namespace Quorvex::System::OleEnum {
 
-extern Rtl::Units::TUnit OleEnumUnit;
+extern QXRTL_API Rtl::Units::TUnit OleEnumUnit;
 
 }  // namespace Quorvex::System::OleEnum

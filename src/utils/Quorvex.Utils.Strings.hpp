@@ -59,7 +59,7 @@ class QXRTL_API TStringLocals : public Rtl::Objects::TObject {
 }  // namespace Locals
 
 // The unit's start-up record (creates the shared TStringLocals).
-extern Rtl::Units::TUnit StringsUnit;
+extern QXRTL_API Rtl::Units::TUnit StringsUnit;
 
 struct QXRTL_API gString {
   gString() = delete;
