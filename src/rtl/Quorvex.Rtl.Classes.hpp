@@ -54,7 +54,7 @@ class TStringsEnumerator;
 // An object that mirrors a list elsewhere: a list calls ReferenceStrings
 // when the adapter is attached and ReleaseStrings when it is detached
 // (replaced, cleared or the list destroyed).
-class QXRTL_API IStringsAdapter : public virtual Objects::IInterface {
+class IStringsAdapter : public virtual Objects::IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{5C1E8A3B-94D2-4F67-B0A5-2E7D6C9F1843}");
 

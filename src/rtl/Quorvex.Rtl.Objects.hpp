@@ -210,7 +210,7 @@ T* ObjectCast(TObject* obj) {
 
 // The base of every interface. Interfaces derive from it virtually so that
 // one object implementing several of them has a single reference count.
-class QXRTL_API IInterface {
+class IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{00000000-0000-0000-C000-000000000046}");
 

@@ -6,7 +6,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 
 namespace Quorvex::System::Actions {
@@ -19,7 +18,7 @@ using Rtl::Objects::TInterfacedObject;
 // A stop request a long action can poll. It belongs with the asynchronous
 // operations and the thread pool; it is declared here so that the pool's
 // unit of work, IAction<ICancellable>, can be spelled in this unit.
-class QXRTL_API ICancellable : public virtual IInterface {
+class ICancellable : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{8F6BBF1C-8F39-4998-B543-9FF010687EE3}");
 

@@ -34,7 +34,7 @@ using Rtl::Strings::UnicodeString;
 // exactly as the TStrings member of the same name, failures included (list
 // index errors, stream and file errors). The declaration order is the slot
 // order of the interface and must not change.
-class QXRTL_API IStrings : public virtual IInterface {
+class IStrings : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{1407E475-A5E9-436B-A59B-CDCDA5027376}");
 

@@ -17,7 +17,7 @@ using Rtl::Objects::TInterfacedObject;
 using Rtl::Strings::UnicodeString;
 
 // An immutable description of an exception and the chain nested in it.
-class QXRTL_API IExceptionInfo : public virtual IInterface {
+class IExceptionInfo : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{E594D710-078C-43EB-8275-E2E6B5851AF0}");
 

@@ -7,7 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
 
 namespace Quorvex::System::Lazy {
@@ -18,7 +17,7 @@ using Rtl::Objects::TGUID;
 using Rtl::Objects::TInterfacedObject;
 
 // A lazily made value seen without its type.
-class QXRTL_API ILazy : public virtual IInterface {
+class ILazy : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{E9AA95A6-0A77-4EC0-AADF-6AF5EA2D1D9E}");
 

@@ -14,7 +14,7 @@ using Rtl::Objects::TInterfacedObject;
 
 // An object that accepts weak references: addresses of pointer-sized
 // variables holding an uncounted pointer to it.
-class QXRTL_API IWeakReferenceableObject : public virtual IInterface {
+class IWeakReferenceableObject : public virtual IInterface {
  public:
   static constexpr TGUID IID = TGUID::Parse("{F4CF4BDC-353E-4EDA-8663-1B52EA2054C3}");
 
