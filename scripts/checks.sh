@@ -24,9 +24,10 @@ check_wine_prefix() {
   cp scripts/wine.sh "$tmp/tree/scripts/" && cp scripts/wine.sh "$tmp/foreign/scripts/"
   touch "$tmp/user-prefix/system.reg" "$tmp/foreign/build/wineprefix/keep"
 
-  PATH=$tmp/bin:$PATH WINEPREFIX=$tmp/user-prefix bash "$tmp/tree/scripts/wine.sh" init 2>/dev/null ||
-    fail "init failed in a fresh tree" || return 1
+  local rc=0
+  PATH=$tmp/bin:$PATH WINEPREFIX=$tmp/user-prefix bash "$tmp/tree/scripts/wine.sh" init 2>/dev/null || rc=$?
   [[ -f $tmp/user-prefix/system.reg ]] || fail "the caller's WINEPREFIX was removed" || return 1
+  [[ $rc == 0 ]] || fail "init failed in a fresh tree" || return 1
   [[ -f $tmp/tree/build/wineprefix/.qxrtl-ready ]] || fail "no prefix made under build/" || return 1
 
   if PATH=$tmp/bin:$PATH bash "$tmp/foreign/scripts/wine.sh" init 2>/dev/null; then
