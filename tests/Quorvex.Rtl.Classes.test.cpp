@@ -399,8 +399,8 @@ TEST(RtlClassesTest, AdapterIsToldWhenAttachedAndDetached) {
   {
     TStringList list;
     list.Add(u"one");
-    list.SetStringsAdapter(new TRecordingAdapter(log, "first"));
-    list.SetStringsAdapter(new TRecordingAdapter(log, "second"));
+    list.SetStringsAdapter(Objects::CreateObject<TRecordingAdapter>(log, "first"));
+    list.SetStringsAdapter(Objects::CreateObject<TRecordingAdapter>(log, "second"));
   }
   EXPECT_EQ(log, (std::vector<std::string>{"first gets one", "first released", "second gets one", "second released"}));
 }

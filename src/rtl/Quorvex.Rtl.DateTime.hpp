@@ -54,7 +54,8 @@ TDateTime EncodeTime(int hour, int minute, int second, int msec);
 TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec);
 
 // Splits a value into its parts, to the nearest millisecond. Raise
-// ERangeError for a value outside MinDateTime..MaxDateTime (or NaN).
+// ERangeError for a value outside MinDateTime..MaxDateTime (or NaN), and
+// for one that rounds past the last millisecond of MaxDateTime.
 void DecodeDate(TDateTime value, int& year, int& month, int& day);
 void DecodeTime(TDateTime value, int& hour, int& minute, int& second, int& msec);
 void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second, int& msec);
