@@ -59,6 +59,20 @@ TEST(UtilsFolderTest, EmptinessEmptyAndDelete) {
   EXPECT_FALSE(gFolder::Exists(temp / u"file/sub"));
 }
 
+// An empty name must not become the bare delimiter, which names the root.
+TEST(UtilsFolderTest, AnEmptyNameIsAMissingFolder) {
+  TTempFolder temp;
+  gFile::Save(temp / u"keep.txt", u"x");
+  // Asserted first: where this fails, Empty("") would go on to empty the root.
+  ASSERT_TRUE(gFolder::IsEmpty(u""));
+  EXPECT_FALSE(gFolder::Exists(u""));
+  EXPECT_NO_THROW(gFolder::Empty(u""));
+  EXPECT_NO_THROW(gFolder::DeleteEmpty(u""));
+  EXPECT_NO_THROW(gFolder::Delete(u""));
+  EXPECT_TRUE(gFile::Exists(temp / u"keep.txt"));
+  EXPECT_EQ(gFolder::GetUniqueName(u"", u"New"), u"New");  // relative, not at the root
+}
+
 TEST(UtilsFolderTest, UniqueNamesCountAndFailuresNameTheFolderAndCode) {
   TTempFolder temp;
   EXPECT_EQ(gFolder::MakeUnique(temp.Path(), u"New"), temp / u"New");

@@ -11,9 +11,12 @@ namespace {
 
 // Calls `visit(path, attributes)` for each entry of `folder` other than
 // "." and "..", in the order the search returns them, until it returns
-// false. The search is closed however the walk ends.
+// false. The search is closed however the walk ends. A folder that does
+// not exist has no entries; checking first also keeps an empty name from
+// turning into the bare delimiter, which names the root.
 template <typename Visit>
 void ForEachEntry(UnicodeStringView folder, Visit visit) {
+  if (!gFolder::Exists(folder)) return;
   const UnicodeString prefix = Rtl::Files::IncludeTrailingPathDelimiter(folder);
   Rtl::Files::TSearchRec rec;
   if (Rtl::Files::FindFirst(prefix + u"*", Rtl::Files::faAnyFile, rec) != 0) return;
