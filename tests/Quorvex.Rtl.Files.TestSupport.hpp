@@ -15,6 +15,7 @@ inline bool OnWindows() { return PathDelim() == u'\\'; }
 
 constexpr uint32_t kNotFound = 2;                                   // ERROR_FILE_NOT_FOUND and ENOENT alike
 inline uint32_t AlreadyExists() { return OnWindows() ? 183 : 17; }  // ERROR_ALREADY_EXISTS, EEXIST
+inline uint32_t InvalidName() { return OnWindows() ? 123 : 22; }    // ERROR_INVALID_NAME, EINVAL
 
 // `path` with '/' turned into the platform's delimiter; on Windows a
 // leading '/' also gains the drive "C:", so "/a/b" reads "C:\a\b".

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 #include "Quorvex.Rtl.Files.hpp"
@@ -13,6 +15,7 @@ using Rtl::Files::Testing::kNotFound;
 using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
 using Rtl::Strings::Format;
+using namespace std::string_literals;
 
 // Windows: a read-only file held open without sharing; elsewhere a kernel
 // file that not even root may unlink.
@@ -84,6 +87,33 @@ TEST(UtilsFilesTest, RenameAttributesAndDeleteOrNameTheFileAndCode) {
   EXPECT_RAISES(EFileException, gFile::Rename(from, to),
                 Format(u"Cannot rename file %s to %s; error: %d", from, to, Rtl::Files::Testing::AlreadyExists()));
   EXPECT_EQ(gFile::Load(to), u"old");
+}
+
+// The system would end such a name at the NUL and act on "keep.txt".
+TEST(UtilsFilesTest, NamesWithANulTouchNothing) {
+  TTempFolder temp;
+  const UnicodeString keep = temp / u"keep.txt";
+  gFile::Save(keep, u"kept");
+  const UnicodeString name = keep + u"\0.bak"s;
+  const uint32_t code = Rtl::Files::Testing::InvalidName();
+
+  EXPECT_FALSE(gFile::Exists(name));
+  EXPECT_EQ(gFile::GetSize(name), 0);
+  gFile::Delete(name);
+  EXPECT_RAISES(EFileException, gFile::Rename(name, temp / u"other.txt"),
+                Format(u"Cannot rename file %s to %s; error: %d", name, temp / u"other.txt", code));
+  EXPECT_RAISES(EFileException, gFile::Rename(keep, temp / u"new.txt\0"s),
+                Format(u"Cannot rename file %s to %s; error: %d", keep, temp / u"new.txt\0"s, code));
+  EXPECT_FALSE(gFile::Exists(temp / u"new.txt"));
+  EXPECT_RAISES(EFileException, gFile::SetAttributes(name, Rtl::Files::faReadOnly),
+                Format(u"Cannot set attributes for the file %s; error: %d", name, code));
+  const UnicodeString why = Rtl::Exceptions::SysErrorMessage(code);
+  EXPECT_RAISES(Rtl::Exceptions::EFOpenError, gFile::Load(name), Format(u"Cannot open file \"%s\". %s", name, why));
+  EXPECT_RAISES(Rtl::Exceptions::EFCreateError, gFile::Save(name, u"lost"),
+                Format(u"Cannot create file \"%s\". %s", name, why));
+
+  EXPECT_EQ(gFile::Load(keep), u"kept");
+  EXPECT_EQ(Rtl::Files::FileGetAttr(keep) & Rtl::Files::faReadOnly, 0u);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
 
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
@@ -17,6 +18,7 @@ using Rtl::Files::Testing::kNotFound;
 using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
 using Rtl::Strings::Format;
+using namespace std::string_literals;
 
 // Fills `root` with files (one read-only, one hidden) and nested folders.
 void MakeTree(const TTempFolder& temp, UnicodeStringView root) {
@@ -71,6 +73,31 @@ TEST(UtilsFolderTest, AnEmptyNameIsAMissingFolder) {
   EXPECT_NO_THROW(gFolder::Delete(u""));
   EXPECT_TRUE(gFile::Exists(temp / u"keep.txt"));
   EXPECT_EQ(gFolder::GetUniqueName(u"", u"New"), u"New");  // relative, not at the root
+}
+
+// The system would end such a name at the NUL and act on "tree".
+TEST(UtilsFolderTest, NamesWithANulTouchNothing) {
+  TTempFolder temp;
+  MakeTree(temp, u"tree");
+  const UnicodeString name = temp / u"tree\0/x"s;
+  const uint32_t code = Rtl::Files::Testing::InvalidName();
+
+  EXPECT_FALSE(gFolder::Exists(name));
+  EXPECT_TRUE(gFolder::IsEmpty(name));
+  gFolder::Empty(name);
+  gFolder::DeleteEmpty(name);
+  gFolder::Delete(name);
+  gFolder::Force(temp / u"new\0/x"s);
+  EXPECT_EQ(gFolder::MakeUnique(temp.Path(), u"ma\0de"s), temp / u"ma\0de"s);
+  EXPECT_RAISES(EFolderException, gFolder::Rename(name, temp / u"other"),
+                Format(u"Cannot rename folder %s to %s; error: %d", name, temp / u"other", code));
+  EXPECT_RAISES(EFolderException, gFolder::SetAttributes(name, Rtl::Files::faReadOnly),
+                Format(u"Cannot set attributes for the folder %s; error: %d", name, code));
+
+  EXPECT_TRUE(gFile::Exists(temp / u"tree/x/y/c.txt"));
+  EXPECT_FALSE(gFolder::Exists(temp / u"new"));
+  EXPECT_FALSE(gFolder::Exists(temp / u"ma"));
+  EXPECT_FALSE(gFolder::Exists(temp / u"other"));
 }
 
 TEST(UtilsFolderTest, UniqueNamesCountAndFailuresNameTheFolderAndCode) {

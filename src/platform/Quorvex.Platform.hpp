@@ -2,7 +2,10 @@
 // once and call only these functions; win32/ and posix/ each implement all
 // of them, and the build picks one. Nothing here raises: failures come back
 // as false / invalid values with the code in LastError(), and the callers
-// decide what to report.
+// decide what to report. A path that holds a NUL is refused before it
+// reaches the system, which would end the name there and act on another
+// file: the call fails as for an invalid name (ERROR_INVALID_NAME on
+// Windows, EINVAL elsewhere).
 #pragma once
 
 #include <cstdint>

@@ -14,10 +14,16 @@ namespace Quorvex::Platform {
 
 namespace {
 
-bool StatOf(PathView path, struct stat& info) { return stat(Posix::Native(path).c_str(), &info) == 0; }
+bool StatOf(PathView path, struct stat& info) {
+  const Posix::NativePath native(path);
+  return native && stat(native.c_str(), &info) == 0;
+}
 
 // Describes a link itself rather than its target, as Windows does.
-bool LinkStatOf(PathView path, struct stat& info) { return lstat(Posix::Native(path).c_str(), &info) == 0; }
+bool LinkStatOf(PathView path, struct stat& info) {
+  const Posix::NativePath native(path);
+  return native && lstat(native.c_str(), &info) == 0;
+}
 
 // One transfer is capped like a Windows ReadFile/WriteFile count.
 size_t TransferSize(int64_t count) { return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000)); }
@@ -52,7 +58,7 @@ bool SetFileAttributes(PathView path, uint32_t attributes) {
   if (!LinkStatOf(path, info)) return false;
   if (S_ISLNK(info.st_mode)) return true;
   const mode_t mode = (attributes & faReadOnly) != 0 ? (info.st_mode & ~S_IWUSR) : (info.st_mode | S_IWUSR);
-  return chmod(Posix::Native(path).c_str(), mode & 07777) == 0;
+  return chmod(Posix::NativePath(path).c_str(), mode & 07777) == 0;
 }
 
 bool FileExists(PathView path) {
@@ -65,17 +71,27 @@ bool DirectoryExists(PathView path) {
   return StatOf(path, info) && S_ISDIR(info.st_mode);
 }
 
-bool DeleteFile(PathView path) { return unlink(Posix::Native(path).c_str()) == 0; }
+bool DeleteFile(PathView path) {
+  const Posix::NativePath native(path);
+  return native && unlink(native.c_str()) == 0;
+}
 
-bool CreateDirectory(PathView path) { return mkdir(Posix::Native(path).c_str(), 0777) == 0; }
+bool CreateDirectory(PathView path) {
+  const Posix::NativePath native(path);
+  return native && mkdir(native.c_str(), 0777) == 0;
+}
 
-bool RemoveDirectory(PathView path) { return rmdir(Posix::Native(path).c_str()) == 0; }
+bool RemoveDirectory(PathView path) {
+  const Posix::NativePath native(path);
+  return native && rmdir(native.c_str()) == 0;
+}
 
 bool RenameFile(PathView oldName, PathView newName) {
   // Like MoveFileW, a rename never replaces what already stands at the new
   // name; plain rename() would overwrite it silently.
-  const std::string from = Posix::Native(oldName);
-  const std::string to = Posix::Native(newName);
+  const Posix::NativePath from(oldName);
+  const Posix::NativePath to(newName);
+  if (!from || !to) return false;
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   // File systems without the no-replace flag: check first, then rename.
@@ -95,11 +111,13 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
     errno = EINVAL;
     return InvalidFile;
   }
-  return open(Posix::Native(path).c_str(), kAccess[access] | O_CLOEXEC);
+  const Posix::NativePath native(path);
+  return native ? open(native.c_str(), kAccess[access] | O_CLOEXEC) : InvalidFile;
 }
 
 FileHandle FileCreate(PathView path) {
-  return open(Posix::Native(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  const Posix::NativePath native(path);
+  return native ? open(native.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666) : InvalidFile;
 }
 
 int64_t FileRead(FileHandle file, void* buffer, int64_t count) {

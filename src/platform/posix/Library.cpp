@@ -10,8 +10,14 @@
 namespace Quorvex::Platform {
 
 void* LoadLibraryModule(PathView name, LibraryError& error) {
+  const Posix::NativePath native(name);
+  if (!native) {
+    error.Code = EINVAL;
+    error.Text = ErrorMessage(error.Code);
+    return nullptr;
+  }
   dlerror();  // forget an older failure so the text below is this one's
-  void* module = dlopen(Posix::Native(name).c_str(), RTLD_NOW);
+  void* module = dlopen(native.c_str(), RTLD_NOW);
   if (module == nullptr) {
     const char* text = dlerror();
     error.Code = ELIBACC;

@@ -80,13 +80,14 @@ bool NextMatch(Search& search, FindData& data) {
 }  // namespace
 
 FindHandle FindFirst(PathView pattern, uint32_t mask, FindData& data) {
+  if (!Posix::IsValidPath(pattern)) return nullptr;
   auto search = std::make_unique<Search>();
   const size_t delimiter = pattern.rfind(u'/');
   if (delimiter == PathView::npos) {
     search->Folder = "./";
     search->Pattern = pattern;
   } else {
-    search->Folder = Posix::Native(pattern.substr(0, delimiter + 1));
+    search->Folder = Posix::NativePath(pattern.substr(0, delimiter + 1)).str();
     search->Pattern = pattern.substr(delimiter + 1);
   }
   search->Mask = mask;
