@@ -134,6 +134,10 @@ TEST(UtilsFolderTest, DeleteRemovesLinksWithoutFollowingThem) {
                                     std::filesystem::path(temp / u"tree/file"));
     std::filesystem::create_symlink(std::filesystem::path(temp / u"missing"),
                                     std::filesystem::path(temp / u"tree/dangling"));
+    for (const char16_t* link : {u"link", u"slashed"}) {
+      std::filesystem::create_directory_symlink(std::filesystem::path(temp / u"outside"),
+                                                std::filesystem::path(temp / link));
+    }
   } catch (const std::filesystem::filesystem_error&) {
     GTEST_SKIP() << "symbolic links cannot be made here";
   }
@@ -142,6 +146,14 @@ TEST(UtilsFolderTest, DeleteRemovesLinksWithoutFollowingThem) {
   EXPECT_FALSE(gFolder::Exists(temp / u"tree"));
   EXPECT_TRUE(gFile::Exists(temp / u"outside/keep.txt"));
   EXPECT_EQ(Rtl::Files::FileGetAttr(temp / u"target.txt") & Rtl::Files::faReadOnly, Rtl::Files::faReadOnly);
+
+  // A link named itself goes the same way, trailing delimiter or not.
+  for (const UnicodeString& link : {temp / u"link", temp / u"slashed/"}) {
+    SCOPED_TRACE(Rtl::Strings::Utf16ToUtf8(link));
+    gFolder::Delete(link);
+    EXPECT_EQ(Rtl::Files::FileGetAttr(link), Rtl::Files::faInvalid);
+    EXPECT_TRUE(gFile::Exists(temp / u"outside/keep.txt"));
+  }
 }
 
 TEST(UtilsFolderTest, FailedRemovalRaisesAfterEmptying) {
