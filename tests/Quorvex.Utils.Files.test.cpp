@@ -81,6 +81,14 @@ TEST(UtilsFilesTest, RenameAttributesAndDeleteOrNameTheFileAndCode) {
                 Format(u"Cannot rename file %s to %s; error: %d", from, to, kNotFound));
   EXPECT_RAISES(EFileException, gFile::SetAttributes(from, Rtl::Files::faReadOnly),
                 Format(u"Cannot set attributes for the file %s; error: %d", from, kNotFound));
+  // A read-only file is not overwritten, not even by root.
+  gFile::Save(to, u"kept");
+  gFile::SetAttributes(to, Rtl::Files::faReadOnly);
+  const uint32_t denied = OnWindows() ? 5 : 13;  // ERROR_ACCESS_DENIED, EACCES
+  EXPECT_RAISES(Rtl::Exceptions::EFCreateError, gFile::Save(to, u"lost"),
+                Format(u"Cannot create file \"%s\". %s", to, Rtl::Exceptions::SysErrorMessage(denied)));
+  EXPECT_EQ(gFile::Load(to), u"kept");
+  gFile::Delete(to);
   // A rename never replaces an existing file.
   gFile::Save(from, u"new");
   gFile::Save(to, u"old");

@@ -102,8 +102,12 @@ constexpr uint32_t fmShareExclusive = 0x0010;
 constexpr uint32_t fmShareDenyWrite = 0x0020;
 constexpr uint32_t fmShareDenyNone = 0x0040;
 
+// Opens an existing file. As on Windows, a folder never opens as a file
+// (EISDIR elsewhere), and a file with the read-only attribute never opens
+// for writing (ERROR_ACCESS_DENIED, EACCES), whatever the caller's rights.
 FileHandle FileOpen(PathView path, uint32_t mode);
-// Creates or truncates a file for writing.
+// Creates or truncates a file for writing; refuses folders and read-only
+// files as FileOpen does, leaving their content alone.
 FileHandle FileCreate(PathView path);
 // Bytes read or written, -1 on failure.
 int64_t FileRead(FileHandle file, void* buffer, int64_t count);

@@ -25,6 +25,29 @@ bool LinkStatOf(PathView path, struct stat& info) {
   return native && lstat(native.c_str(), &info) == 0;
 }
 
+// Lets through an opened descriptor only where Windows would open the
+// file: never a folder, and for writing never an entry that reports the
+// read-only attribute, even for root, whom the kernel lets write anyway.
+// A regular file is truncated once admitted when `truncate` asks for it.
+FileHandle Admit(int file, bool writing, bool truncate) {
+  if (file < 0) return InvalidFile;
+  struct stat info {};
+  int code = 0;
+  if (fstat(file, &info) != 0) {
+    code = errno;
+  } else if (S_ISDIR(info.st_mode)) {
+    code = EISDIR;
+  } else if (writing && (info.st_mode & S_IWUSR) == 0) {
+    code = EACCES;
+  } else if (truncate && S_ISREG(info.st_mode) && ftruncate(file, 0) != 0) {
+    code = errno;
+  }
+  if (code == 0) return file;
+  close(file);
+  errno = code;
+  return InvalidFile;
+}
+
 // One transfer is capped like a Windows ReadFile/WriteFile count.
 size_t TransferSize(int64_t count) { return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000)); }
 
@@ -112,12 +135,18 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
     return InvalidFile;
   }
   const Posix::NativePath native(path);
-  return native ? open(native.c_str(), kAccess[access] | O_CLOEXEC) : InvalidFile;
+  if (!native) return InvalidFile;
+  return Admit(open(native.c_str(), kAccess[access] | O_CLOEXEC), access != fmOpenRead, false);
 }
 
 FileHandle FileCreate(PathView path) {
   const Posix::NativePath native(path);
-  return native ? open(native.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666) : InvalidFile;
+  if (!native) return InvalidFile;
+  // A file made here is writable whatever the umask gave its bits; one
+  // that was there already is checked before it loses its content.
+  const int created = open(native.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (created >= 0 || errno != EEXIST) return created;
+  return Admit(open(native.c_str(), O_RDWR | O_CLOEXEC), true, true);
 }
 
 int64_t FileRead(FileHandle file, void* buffer, int64_t count) {
