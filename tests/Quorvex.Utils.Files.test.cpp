@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
 #include <string>
 
 #include "Quorvex.Platform.hpp"
@@ -95,6 +97,39 @@ TEST(UtilsFilesTest, RenameAttributesAndDeleteOrNameTheFileAndCode) {
   EXPECT_RAISES(EFileException, gFile::Rename(from, to),
                 Format(u"Cannot rename file %s to %s; error: %d", from, to, Rtl::Files::Testing::AlreadyExists()));
   EXPECT_EQ(gFile::Load(to), u"old");
+}
+
+// Linux only: Windows moves files between volumes itself.
+TEST(UtilsFilesTest, RenameMovesFilesAcrossFileSystemsOrLeavesThemAlone) {
+  const std::filesystem::path other = Rtl::Files::Testing::OtherFileSystem();
+  if (other.empty()) GTEST_SKIP() << "no second file system here";
+  TTempFolder temp;
+  TTempFolder away(other);
+  const UnicodeString from = temp / u"moved.txt";
+  const UnicodeString to = away / u"moved.txt";
+  gFile::Save(from, u"content");
+  const auto written = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * 400);
+  std::filesystem::last_write_time(std::filesystem::path(from), written);
+  std::filesystem::permissions(std::filesystem::path(from), std::filesystem::perms(0640));
+
+  gFile::Rename(from, to);
+  EXPECT_FALSE(gFile::Exists(from));
+  EXPECT_EQ(gFile::Load(to), u"content");
+  EXPECT_EQ(std::filesystem::last_write_time(std::filesystem::path(to)), written);
+  EXPECT_EQ(std::filesystem::status(std::filesystem::path(to)).permissions(), std::filesystem::perms(0640));
+
+  // An existing target stays; a source that cannot go takes its copy along.
+  gFile::Save(from, u"second");
+  EXPECT_RAISES(EFileException, gFile::Rename(from, to),
+                Format(u"Cannot rename file %s to %s; error: %d", from, to, Rtl::Files::Testing::AlreadyExists()));
+  EXPECT_EQ(gFile::Load(from), u"second");
+  EXPECT_EQ(gFile::Load(to), u"content");
+  const UnicodeString kernel = u"/proc/self/status";  // copies, but never deletes
+  ASSERT_FALSE(Platform::DeleteFile(kernel));
+  const uint32_t code = Platform::LastError();
+  EXPECT_RAISES(EFileException, gFile::Rename(kernel, temp / u"status"),
+                Format(u"Cannot rename file %s to %s; error: %d", kernel, temp / u"status", code));
+  EXPECT_FALSE(gFile::Exists(temp / u"status"));
 }
 
 // The system would end such a name at the NUL and act on "keep.txt".

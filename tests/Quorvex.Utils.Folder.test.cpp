@@ -156,6 +156,22 @@ TEST(UtilsFolderTest, DeleteRemovesLinksWithoutFollowingThem) {
   }
 }
 
+// Linux only: folders stay on their file system, as on their volume on
+// Windows.
+TEST(UtilsFolderTest, RenameKeepsFoldersOnTheirFileSystem) {
+  const std::filesystem::path other = Rtl::Files::Testing::OtherFileSystem();
+  if (other.empty()) GTEST_SKIP() << "no second file system here";
+  TTempFolder temp;
+  TTempFolder away(other);
+  MakeTree(temp, u"tree");
+  const UnicodeString from = temp / u"tree";
+  const UnicodeString to = away / u"tree";
+  EXPECT_RAISES(EFolderException, gFolder::Rename(from, to),
+                Format(u"Cannot rename folder %s to %s; error: %d", from, to, 18));  // EXDEV
+  EXPECT_TRUE(gFile::Exists(temp / u"tree/x/y/c.txt"));
+  EXPECT_FALSE(gFolder::Exists(to));
+}
+
 TEST(UtilsFolderTest, FailedRemovalRaisesAfterEmptying) {
   TTempFolder temp;
   MakeTree(temp, u"tree");

@@ -68,6 +68,9 @@ bool DirectoryExists(PathView path);  // a folder, links followed
 bool DeleteFile(PathView path);
 bool CreateDirectory(PathView path);
 bool RemoveDirectory(PathView path);
+// Renames or moves a file or folder; never replaces an existing entry. A
+// file moves to another volume or file system (copied, then deleted), a
+// folder does not (ERROR_NOT_SAME_DEVICE, EXDEV).
 bool RenameFile(PathView oldName, PathView newName);
 
 // --- Directory search ---------------------------------------------------------

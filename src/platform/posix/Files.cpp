@@ -109,21 +109,98 @@ bool RemoveDirectory(PathView path) {
   return native && rmdir(native.c_str()) == 0;
 }
 
-bool RenameFile(PathView oldName, PathView newName) {
-  // Like MoveFileW, a rename never replaces what already stands at the new
-  // name; plain rename() would overwrite it silently.
-  const Posix::NativePath from(oldName);
-  const Posix::NativePath to(newName);
-  if (!from || !to) return false;
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+namespace {
+
+// Like MoveFileW, a rename never replaces what already stands at the new
+// name; plain rename() would overwrite it silently.
+bool RenameNoReplace(const char* from, const char* to) {
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   // File systems without the no-replace flag: check first, then rename.
   struct stat info {};
-  if (lstat(to.c_str(), &info) == 0) {
+  if (lstat(to, &info) == 0) {
     errno = EEXIST;
     return false;
   }
-  return rename(from.c_str(), to.c_str()) == 0;
+  return rename(from, to) == 0;
+}
+
+bool WriteAll(int file, const char* bytes, ssize_t count) {
+  while (count > 0) {
+    const ssize_t done = write(file, bytes, static_cast<size_t>(count));
+    if (done <= 0) return false;
+    bytes += done;
+    count -= done;
+  }
+  return true;
+}
+
+bool CopyContent(int source, int target) {
+  char buffer[65536];
+  for (;;) {
+    const ssize_t count = read(source, buffer, sizeof buffer);
+    if (count <= 0) return count == 0;
+    if (!WriteAll(target, buffer, count)) return false;
+  }
+}
+
+// Gives `target` the content, permission bits and times of `source`
+// (described by `info`) and flushes it to its device.
+bool CopyFile(int source, int target, const struct stat& info) {
+  const timespec times[] = {info.st_atim, info.st_mtim};
+  return CopyContent(source, target) && fchmod(target, info.st_mode & 07777) == 0 && futimens(target, times) == 0 &&
+         fsync(target) == 0;
+}
+
+// Closes a descriptor when it leaves scope, keeping errno.
+class TDescriptor {
+ public:
+  explicit TDescriptor(int descriptor) : FDescriptor(descriptor) {}
+  ~TDescriptor() {
+    if (FDescriptor < 0) return;
+    const int code = errno;
+    close(FDescriptor);
+    errno = code;
+  }
+  TDescriptor(const TDescriptor&) = delete;
+  TDescriptor& operator=(const TDescriptor&) = delete;
+
+  int Get() const { return FDescriptor; }
+
+ private:
+  int FDescriptor;
+};
+
+// Moves a file to another file system as MoveFileW does between volumes:
+// copy, flush, then delete the source. `to` must not exist. Any failure
+// removes the copy and leaves the source as it was, with errno from the
+// step that failed. Folders, links and devices do not move this way.
+bool MoveFileAcross(const char* from, const char* to) {
+  struct stat info {};
+  if (lstat(from, &info) != 0) return false;
+  if (!S_ISREG(info.st_mode)) {
+    errno = EXDEV;
+    return false;
+  }
+  const TDescriptor source(open(from, O_RDONLY | O_CLOEXEC));
+  if (source.Get() < 0) return false;
+  const TDescriptor target(open(to, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (target.Get() < 0) return false;
+  if (CopyFile(source.Get(), target.Get(), info) && unlink(from) == 0) return true;
+  const int code = errno;
+  unlink(to);  // the copy made here: O_EXCL guarantees nothing else stood there
+  errno = code;
+  return false;
+}
+
+}  // namespace
+
+bool RenameFile(PathView oldName, PathView newName) {
+  const Posix::NativePath from(oldName);
+  const Posix::NativePath to(newName);
+  if (!from || !to) return false;
+  if (RenameNoReplace(from.c_str(), to.c_str())) return true;
+  return errno == EXDEV && MoveFileAcross(from.c_str(), to.c_str());
 }
 
 FileHandle FileOpen(PathView path, uint32_t mode) {
