@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "Quorvex.Platform.hpp"
@@ -170,6 +171,30 @@ TEST(UtilsFolderTest, RenameKeepsFoldersOnTheirFileSystem) {
                 Format(u"Cannot rename folder %s to %s; error: %d", from, to, 18));  // EXDEV
   EXPECT_TRUE(gFile::Exists(temp / u"tree/x/y/c.txt"));
   EXPECT_FALSE(gFolder::Exists(to));
+}
+
+// Linux only: there names are bytes, which need not be UTF-8; Windows
+// names are UTF-16 already.
+TEST(UtilsFolderTest, NamesThatAreNotUtf8RoundTrip) {
+  if (OnWindows()) GTEST_SKIP() << "names are UTF-16 here";
+  TTempFolder temp;
+  const std::filesystem::path tree = std::filesystem::path(temp.Path()) / "tree";
+  std::filesystem::create_directories(tree / "sub\xFF");
+  for (const char* name : {"latin1-\xE9.txt", "sub\xFF/cut-\xE2\x82"}) std::ofstream(tree / name) << "x";
+
+  const UnicodeString latin1 = temp / u"tree/latin1-\xDCE9.txt";
+  EXPECT_TRUE(gFile::Exists(latin1));
+  EXPECT_TRUE(gFolder::Exists(temp / u"tree/sub\xDCFF"));
+  gFile::Rename(latin1, temp / u"tree/back-\xDCE9");
+  EXPECT_TRUE(std::filesystem::exists(tree / "back-\xE9"));
+
+  gFolder::Delete(temp / u"tree");
+  EXPECT_FALSE(std::filesystem::exists(tree));
+  // A surrogate that stands for no byte names nothing, not a look-alike.
+  std::ofstream(std::filesystem::path(temp.Path()) / "\xEF\xBF\xBD") << "x";
+  EXPECT_FALSE(gFile::Exists(temp / UnicodeString(1, char16_t{0xD800})));
+  gFile::Delete(temp / UnicodeString(1, char16_t{0xD800}));
+  EXPECT_TRUE(gFile::Exists(temp / u"\uFFFD"));
 }
 
 TEST(UtilsFolderTest, FailedRemovalRaisesAfterEmptying) {

@@ -5,7 +5,7 @@
 
 #include "Quorvex.Platform.Library.hpp"
 #include "Quorvex.Platform.Posix.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 
 namespace Quorvex::Platform {
 
@@ -21,7 +21,7 @@ void* LoadLibraryModule(PathView name, LibraryError& error) {
   if (module == nullptr) {
     const char* text = dlerror();
     error.Code = ELIBACC;
-    error.Text = Rtl::Strings::Utf8ToUtf16(text != nullptr ? text : "");
+    error.Text = Utf8ToUtf16(text != nullptr ? text : "");
   }
   return module;
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "Quorvex.Platform.Posix.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Platform {
 
@@ -94,8 +94,8 @@ bool IsValidPath(PathView path) {
   return false;
 }
 
-NativePath::NativePath(PathView path) : FValid(IsValidPath(path)) {
-  if (FValid) FText = Rtl::Strings::Utf16ToUtf8(path);
+NativePath::NativePath(PathView path) : FValid(IsValidPath(path) && NameToUtf8(path, FText)) {
+  if (!FValid) errno = EINVAL;
 }
 
 }  // namespace Posix
@@ -108,7 +108,7 @@ Path CurrentDirectory() {
     if (errno != ERANGE) return {};
     buffer.resize(buffer.size() * 2);
   }
-  return Rtl::Strings::Utf8ToUtf16(buffer.data());
+  return NameToUtf16(buffer.data());
 }
 
 Path FullPathName(PathView path) {

@@ -10,10 +10,12 @@
 
 namespace Quorvex::Platform::Posix {
 
-// A path as the C library takes it (UTF-8). A path holding a NUL is
-// refused, with EINVAL as the reason: the C library would end the name
-// there and act on another file. Every path reaches the system through
-// this one check.
+// A path as the C library takes it: UTF-8, with the bytes that names
+// read from the system carried as escapes (NameToUtf8) restored. A path
+// holding a NUL, or a surrogate that stands for no byte, is refused with
+// EINVAL as the reason: the C library would end the name at the NUL, and
+// a substitute character could name another file. Every path reaches the
+// system through this one check.
 class NativePath {
  public:
   explicit NativePath(PathView path);
