@@ -76,6 +76,23 @@ bool RenameFile(PathView oldName, PathView newName) {
   return from && to && MoveFileW(from.c_str(), to.c_str()) != FALSE;
 }
 
+namespace {
+
+// Windows refuses to write to a file with the read-only attribute. Asking
+// first keeps that so where the layer beneath would let an administrator
+// through (Wine run by root).
+bool IsReadOnlyFile(const Win32::WidePath& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ||
+      (attributes & FILE_ATTRIBUTE_READONLY) == 0) {
+    return false;
+  }
+  ::SetLastError(ERROR_ACCESS_DENIED);
+  return true;
+}
+
+}  // namespace
+
 FileHandle FileOpen(PathView path, uint32_t mode) {
   static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
   // Indexed by the share bits; 0 (no share mode given) locks others out
@@ -88,7 +105,7 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
     return InvalidFile;
   }
   const Win32::WidePath wide(path);
-  if (!wide) return InvalidFile;
+  if (!wide || (access != fmOpenRead && IsReadOnlyFile(wide))) return InvalidFile;
   const HANDLE file =
       CreateFileW(wide.c_str(), kAccess[access], kShare[share], nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<FileHandle>(file);
@@ -96,7 +113,7 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
 
 FileHandle FileCreate(PathView path) {
   const Win32::WidePath wide(path);
-  if (!wide) return InvalidFile;
+  if (!wide || IsReadOnlyFile(wide)) return InvalidFile;
   const HANDLE file = CreateFileW(wide.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<FileHandle>(file);
