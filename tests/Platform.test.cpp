@@ -2,6 +2,10 @@
 // seeking and the system's texts.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <tuple>
+
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 
@@ -45,6 +49,34 @@ TEST(PlatformTest, AttributesMapToWindowsBitsAndHandlesSeekFromEachOrigin) {
   EXPECT_EQ(FileSeek(file, 0, 3), -1);
   FileClose(file);
   EXPECT_EQ(FileOpen(temp / u"data.bin", 3), InvalidFile);  // no such access mode
+}
+
+TEST(PlatformTest, NamesRoundTripEveryByteAndTextIsRepaired) {
+  // Bytes outside valid UTF-8 travel as U+DC80 to U+DCFF in names.
+  const std::tuple<std::string, std::u16string> cases[] = {
+      {"plain.txt", u"plain.txt"},
+      {"caf\xC3\xA9 \xF0\x9F\x98\x80", u"caf\u00E9 \U0001F600"},
+      {"a\xFF!", u"a\xDCFF!"},
+      {"\xE2\x82", u"\xDCE2\xDC82"},                      // cut short
+      {"\xC0\xAF", u"\xDCC0\xDCAF"},                      // overlong slash
+      {"\xED\xB2\x80", u"\xDCED\xDCB2\xDC80"},            // an encoded surrogate
+      {"\xF4\x90\x80\x80", u"\xDCF4\xDC90\xDC80\xDC80"},  // beyond U+10FFFF
+      {"\x80\xC3\xA9", u"\xDC80\u00E9"},                  // resumes after a stray byte
+  };
+  for (const auto& [bytes, name] : cases) {
+    SCOPED_TRACE(bytes);
+    EXPECT_EQ(NameToUtf16(bytes), name);
+    std::string back;
+    ASSERT_TRUE(NameToUtf8(name, back));
+    EXPECT_EQ(back, bytes);
+  }
+  // A surrogate that stands for no byte gives no name; text repairs it.
+  for (const std::u16string& name : {std::u16string{u'a', 0xD800}, std::u16string{0xDC7F}, std::u16string{0xDFFF}}) {
+    std::string back;
+    EXPECT_FALSE(NameToUtf8(name, back));
+  }
+  EXPECT_EQ(Utf8ToUtf16("a\xFF"), u"a\uFFFD");
+  EXPECT_EQ(Utf16ToUtf8(u"a\xDCFF"), "a\xEF\xBF\xBD");
 }
 
 }  // namespace

@@ -334,6 +334,16 @@ TEST(RtlClassesTest, FilesRoundTripThroughEveryEncoding) {
   }
 }
 
+TEST(RtlClassesTest, AFolderDoesNotLoadAsAFile) {
+  Files::Testing::TTempFolder folder;
+  TStringList list;
+  list.Add(u"kept");
+  const uint32_t code = Files::Testing::OnWindows() ? 5 : 21;  // ERROR_ACCESS_DENIED, EISDIR
+  EXPECT_RAISES(Exceptions::EFOpenError, list.LoadFromFile(folder.Path()),
+                u"Cannot open file \"" + folder.Path() + u"\". " + Exceptions::SysErrorMessage(code));
+  EXPECT_EQ(LinesOf(list), Lines{"kept"});
+}
+
 void Load(TStrings& list, const TBytes& bytes, TEncoding* encoding = nullptr) {
   TBytesStream stream(bytes);
   list.LoadFromStream(stream, encoding);

@@ -451,10 +451,9 @@ UnicodeStringView TStrings::ExtractValue(UnicodeStringView line) const {
 
 void TStrings::LoadFromStream(TStream& stream, TEncoding* encoding) {
   TUpdateScope update(*this);
-  const auto size = static_cast<size_t>(std::max<int64_t>(stream.GetSize() - stream.GetPosition(), 0));
-  const auto buffer = std::make_unique_for_overwrite<uint8_t[]>(size);
-  stream.ReadBuffer(buffer.get(), static_cast<int64_t>(size));
-  const TByteSpan bytes(buffer.get(), size);
+  Streams::TMemoryStream content;
+  content.LoadFromPosition(stream);
+  const TByteSpan bytes(content.Memory(), static_cast<size_t>(content.GetSize()));
   const int mark = TEncoding::GetBufferEncoding(bytes, encoding, FDefaultEncoding);
   // Decoded before the swap: `encoding` may be the list's own clone, which
   // ReplaceEncoding frees.
