@@ -241,7 +241,7 @@ TStringDynArray TrickyLines() {
 }
 
 TEST(RtlClassesTest, ListsSortAndSearchByTheUserCollation) {
-  const TGermanCollation german;
+  [[maybe_unused]] const TGermanCollation german;
   struct Case {
     bool caseSensitive;
     TStringDynArray lines;

@@ -77,7 +77,7 @@ TEST(SystemCollectionsTest, OperationsBehaveAsTheRuntimeList) {
   EXPECT_RAISES(Rtl::Exceptions::EStringListError, list->Get(5), u"List index out of bounds (5)");
 
   // Searching and sorting follow the user's collation.
-  const TGermanCollation german;
+  [[maybe_unused]] const TGermanCollation german;
   const IntfPtr<IStrings> names = TInterfacedStringList::Create();
   names->SetTextStr(u"Zebra=2\napple=3\n\u00C4hre=1");
   EXPECT_EQ(names->IndexOfName(u"\u00E4HRE"), 2);
