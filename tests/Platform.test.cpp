@@ -2,8 +2,12 @@
 // seeking and the system's texts.
 #include <gtest/gtest.h>
 
+#include <thread>
+
+#include "Quorvex.Platform.Collation.hpp"
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
+#include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Platform {
 namespace {
@@ -46,6 +50,31 @@ TEST(PlatformTest, AttributesMapToWindowsBitsAndHandlesSeekFromEachOrigin) {
   FileClose(file);
   EXPECT_EQ(FileOpen(temp / u"data.bin", 3), InvalidFile);  // no such access mode
 }
+
+#if !defined(_WIN32)
+TEST(PlatformTest, CollatorsAreMadeOncePerThreadAndLocaleAndOutliveAChange) {
+  const TScopedEnv all("LC_ALL", "sv_SE.UTF-8");
+  const Collator swedish = UserCollator(true);
+  EXPECT_EQ(UserCollator(true), swedish);
+  EXPECT_NE(UserCollator(false), swedish);
+  {
+    const TScopedEnv german("LC_ALL", "de_DE.UTF-8");
+    EXPECT_LT(Collate(UserCollator(true), u"\u00C4hre", u"Zebra"), 0);
+  }
+  // Still Swedish, though the thread has moved on to German and back.
+  EXPECT_GT(Collate(swedish, u"\u00C4hre", u"Zebra"), 0);
+  EXPECT_NE(UserCollator(true), swedish);
+
+  Collator elsewhere;
+  std::thread([&] { elsewhere = UserCollator(true); }).join();
+  EXPECT_NE(elsewhere, UserCollator(true));
+  std::string keys;
+  AppendCollationKey(elsewhere, u"Zebra", keys);
+  const size_t zebra = keys.size();
+  AppendCollationKey(elsewhere, u"\u00E4HRE", keys);
+  EXPECT_LT(std::string_view(keys).substr(0, zebra), std::string_view(keys).substr(zebra));
+}
+#endif
 
 }  // namespace
 }  // namespace Quorvex::Platform

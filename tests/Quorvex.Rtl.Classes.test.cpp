@@ -310,6 +310,7 @@ TEST(RtlClassesTest, ListsSortAndSearchByTheUserCollation) {
   // A subclass's own comparison decides Sort and sorted insertion.
   TByLengthList byLength;
   byLength.AddStrings(TStringDynArray{u"ccc", u"a", u"bb"});
+  EXPECT_EQ(byLength.IndexOf(u"zz"), 2);
   byLength.SetSorted(true);
   byLength.Add(u"dddd");
   EXPECT_EQ(LinesOf(byLength), (Lines{"a", "bb", "ccc", "dddd"}));

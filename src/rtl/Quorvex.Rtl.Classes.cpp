@@ -564,22 +564,42 @@ int TStringList::AddObject(UnicodeString s, TObject* object) {
   return index;
 }
 
+bool TStringList::OwnsOrder() const {
+  // A subclass may order lines its own way in CompareStrings.
+  return typeid(*this) == typeid(TStringList);
+}
+
+template <typename Body>
+auto TStringList::WithComparison(const Body& body) const {
+  if (!OwnsOrder()) return body([this](UnicodeStringView a, UnicodeStringView b) { return CompareStrings(a, b); });
+  // One collator for the whole operation, rather than one look-up per pair.
+  const Platform::Collator collator = Platform::UserCollator(!FCaseSensitive);
+  return body([&](UnicodeStringView a, UnicodeStringView b) { return Platform::Collate(collator, a, b); });
+}
+
 int TStringList::IndexOf(const UnicodeString& s) const {
   int index = -1;
   if (FSorted) return Find(s, index) ? index : -1;
   // Compares in place: the base would copy every line through Get.
-  const auto found = std::find_if(FList.begin(), FList.end(),
-                                  [&](const TStringItem& item) { return CompareStrings(item.FString, s) == 0; });
-  return found == FList.end() ? -1 : static_cast<int>(found - FList.begin());
+  return WithComparison([&](const auto& compare) {
+    const auto found = std::find_if(FList.begin(), FList.end(),
+                                    [&](const TStringItem& item) { return compare(item.FString, s) == 0; });
+    return found == FList.end() ? -1 : static_cast<int>(found - FList.begin());
+  });
 }
 
 bool TStringList::Find(const UnicodeString& s, int& index) const {
+  return WithComparison([&](const auto& compare) { return BinarySearch(compare, s, index); });
+}
+
+template <typename Compare>
+bool TStringList::BinarySearch(const Compare& compare, const UnicodeString& s, int& index) const {
   bool found = false;
   int low = 0;
   int high = GetCount() - 1;
   while (low <= high) {
     const int mid = low + (high - low) / 2;
-    const int order = CompareStrings(FList[static_cast<size_t>(mid)].FString, s);
+    const int order = compare(FList[static_cast<size_t>(mid)].FString, s);
     if (order < 0) {
       low = mid + 1;
     } else {
@@ -596,9 +616,8 @@ bool TStringList::Find(const UnicodeString& s, int& index) const {
 }
 
 void TStringList::Sort() {
-  // A subclass may order lines its own way in CompareStrings; this class's
-  // own order sorts faster by keys made once per line.
-  if (typeid(*this) == typeid(TStringList)) {
+  // This class's own order sorts faster by keys made once per line.
+  if (OwnsOrder()) {
     if (!FSorted && FList.size() >= 2) SortByKeys();
     return;
   }

@@ -406,6 +406,14 @@ class TStringList : public TStrings {
   void CheckIndex(int index) const;
   void CheckUnsorted() const;
   void InsertItem(int index, UnicodeString s, TObject* object);
+  // True when lines follow this class's CompareStrings, not a subclass's.
+  bool OwnsOrder() const;
+  // Calls `body` with the comparison of CompareStrings, made once for the
+  // call, and answers its result.
+  template <typename Body>
+  auto WithComparison(const Body& body) const;
+  template <typename Compare>
+  bool BinarySearch(const Compare& compare, const UnicodeString& s, int& index) const;
   void SortByKeys();
   // Puts the lines in the order of `order`, a permutation of their indexes.
   void Reorder(const std::vector<int>& order);
