@@ -19,8 +19,9 @@ using Collator = std::shared_ptr<const CollatorData>;
 // letters that differ only in case are equal (accents still count). On
 // Windows the user's default locale; elsewhere the locale named by LC_ALL,
 // LC_COLLATE or LANG, the first one set, and the root order when none is
-// set or it names "C" or "POSIX". Made once per thread and locale; a change
-// of those variables is seen by the next call.
+// set or it names "C" or "POSIX". Made once per thread and locale, and a
+// change of those variables is seen by the next call (Windows reads the
+// user's locale on every comparison, so there one serves all threads).
 Collator UserCollator(bool ignoreCase);
 
 // Orders `a` and `b` under `collator`: <0, 0 or >0.

@@ -5,6 +5,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <string_view>
 #include <typeinfo>
 #include <utility>
 
@@ -122,6 +123,25 @@ void ReplaceEncoding(TEncoding*& slot, TEncoding* encoding) {
   TEncoding* next = encoding == nullptr || TEncoding::IsStandardEncoding(encoding) ? encoding : encoding->Clone();
   if (!TEncoding::IsStandardEncoding(slot)) delete slot;
   slot = next;
+}
+
+// The positions 0..n-1 ordered by their sort keys, which lie one after the
+// other in `keys`, key i ending at ends[i]. Equal keys keep their order.
+std::vector<int> OrderByKeys(std::string_view keys, const std::vector<size_t>& ends) {
+  struct TKeyed {
+    std::string_view Key;
+    int Index;
+  };
+  std::vector<TKeyed> keyed;
+  keyed.reserve(ends.size());
+  size_t start = 0;
+  for (size_t i = 0; i < ends.size(); start = ends[i++])
+    keyed.push_back({keys.substr(start, ends[i] - start), static_cast<int>(i)});
+  std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return a.Key < b.Key; });
+  std::vector<int> order;
+  order.reserve(keyed.size());
+  for (const TKeyed& k : keyed) order.push_back(k.Index);
+  return order;
 }
 
 // Holds a list in its update state for one scope.
@@ -636,20 +656,7 @@ void TStringList::SortByKeys() {
     Platform::AppendCollationKey(collator, item.FString, keys);
     ends.push_back(keys.size());
   }
-  struct TKeyed {
-    std::string_view Key;
-    int Index;
-  };
-  std::vector<TKeyed> keyed;
-  keyed.reserve(FList.size());
-  size_t start = 0;
-  for (size_t i = 0; i < ends.size(); start = ends[i++])
-    keyed.push_back({std::string_view(keys).substr(start, ends[i] - start), static_cast<int>(i)});
-  std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return a.Key < b.Key; });
-  std::vector<int> order;
-  order.reserve(keyed.size());
-  for (const TKeyed& k : keyed) order.push_back(k.Index);
-  Reorder(order);
+  Reorder(OrderByKeys(keys, ends));
 }
 
 void TStringList::CustomSort(const TStringListSortCompare& compare) {
