@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <tuple>
 
+#include "Quorvex.Platform.Collation.hpp"
 #include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
+#include "Quorvex.TestSupport.hpp"
 
 namespace Quorvex::Platform {
 namespace {
@@ -78,6 +81,30 @@ TEST(PlatformTest, NamesRoundTripEveryByteAndTextIsRepaired) {
   EXPECT_EQ(Utf8ToUtf16("a\xFF"), u"a\uFFFD");
   EXPECT_EQ(Utf16ToUtf8(u"a\xDCFF"), "a\xEF\xBF\xBD");
 }
+#if !defined(_WIN32)
+TEST(PlatformTest, CollatorsAreMadeOncePerThreadAndLocaleAndOutliveAChange) {
+  const TScopedEnv all("LC_ALL", "sv_SE.UTF-8");
+  const Collator swedish = UserCollator(true);
+  EXPECT_EQ(UserCollator(true), swedish);
+  EXPECT_NE(UserCollator(false), swedish);
+  {
+    const TScopedEnv german("LC_ALL", "de_DE.UTF-8");
+    EXPECT_LT(Collate(UserCollator(true), u"\u00C4hre", u"Zebra"), 0);
+  }
+  // Still Swedish, though the thread has moved on to German and back.
+  EXPECT_GT(Collate(swedish, u"\u00C4hre", u"Zebra"), 0);
+  EXPECT_NE(UserCollator(true), swedish);
+
+  Collator elsewhere;
+  std::thread([&] { elsewhere = UserCollator(true); }).join();
+  EXPECT_NE(elsewhere, UserCollator(true));
+  std::string keys;
+  AppendCollationKey(elsewhere, u"Zebra", keys);
+  const size_t zebra = keys.size();
+  AppendCollationKey(elsewhere, u"\u00E4HRE", keys);
+  EXPECT_LT(std::string_view(keys).substr(0, zebra), std::string_view(keys).substr(zebra));
+}
+#endif
 
 }  // namespace
 }  // namespace Quorvex::Platform
