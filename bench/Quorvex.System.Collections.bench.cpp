@@ -89,6 +89,39 @@ void BM_IndexOf(benchmark::State& state) {
               [&] { benchmark::DoNotOptimize(list->IndexOf(last)); });
 }
 
+// `count` short lines of 4 to 15 letters in mixed case, one in eight
+// starting with an accented letter.
+std::vector<UnicodeString> ShortLines(size_t count) {
+  std::mt19937 random(7);
+  std::vector<UnicodeString> lines(count);
+  for (size_t i = 0; i < count; ++i) {
+    lines[i].resize(4 + random() % 12);
+    for (char16_t& c : lines[i]) c = static_cast<char16_t>((random() % 4 == 0 ? u'A' : u'a') + random() % 26);
+    if (i % 8 == 0) lines[i][0] = u'\u00C4';
+  }
+  return lines;
+}
+
+// Sorting a million short lines by the user's collation, ignoring case, as
+// a ratio to std::sort of the same lines by code units ("x_std_sort").
+void BM_SortShortLines(benchmark::State& state) {
+  const std::vector<UnicodeString> lines = ShortLines(1000000);
+  const double baseline = BestSeconds([&] {
+    std::vector<UnicodeString> copy = lines;
+    std::sort(copy.begin(), copy.end());
+    benchmark::DoNotOptimize(copy.data());
+  });
+  double total = 0;
+  for (auto _ : state) {
+    const IntfPtr<IStrings> list = TInterfacedStringList::Create();
+    list->AddStrings(lines);
+    const double seconds = Seconds([&] { list->AsObject()->Sort(); });
+    state.SetIterationTime(seconds);
+    total += seconds;
+  }
+  state.counters["x_std_sort"] = total / static_cast<double>(state.iterations()) / baseline;
+}
+
 void BM_CommaTextRoundTrip(benchmark::State& state) {
   const IntfPtr<IStrings> list = MakeList(100000);
   const IntfPtr<IStrings> copy = TInterfacedStringList::Create();
@@ -145,6 +178,7 @@ void BM_SaveToFile(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(BM_IndexOf)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SortShortLines)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_CommaTextRoundTrip)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 // Argument 8: UTF-8; 16: UTF-16 LE.
 BENCHMARK(BM_LoadFromFile)->Arg(8)->Arg(16)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);

@@ -1,6 +1,6 @@
 // Cost of VerifyUrl: throughput on ordinary URLs, and the time one call
-// takes on a megabyte of text made to backtrack, which the engine's limits
-// are meant to keep short.
+// takes on texts made to backtrack (a short crafted one, a megabyte of
+// labels) and on a long valid URL, all of which the automaton decides.
 #include <benchmark/benchmark.h>
 
 #include <random>
@@ -38,6 +38,22 @@ void BM_VerifyTypicalUrls(benchmark::State& state) {
   state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * urls.size()));
 }
 BENCHMARK(BM_VerifyTypicalUrls)->Unit(benchmark::kMillisecond);
+
+// Sixteen segments and a broken escape: a backtracking matcher tries every
+// way of splitting the segments before it can say no.
+void BM_VerifyCraftedUrl(benchmark::State& state) {
+  UnicodeString crafted = u"http://example.com";
+  for (int i = 0; i < 16; ++i) crafted += u"/a";
+  crafted += u"/%";
+  for (auto _ : state) benchmark::DoNotOptimize(TUrl::VerifyUrl(crafted));
+}
+BENCHMARK(BM_VerifyCraftedUrl)->Unit(benchmark::kMicrosecond);
+
+void BM_VerifyLongValidUrl(benchmark::State& state) {
+  const UnicodeString url = u"http://example.com/" + UnicodeString(49'995, u'a');
+  for (auto _ : state) benchmark::DoNotOptimize(TUrl::VerifyUrl(url));
+}
+BENCHMARK(BM_VerifyLongValidUrl)->Unit(benchmark::kMillisecond);
 
 void BM_VerifyHostileMegabyte(benchmark::State& state) {
   UnicodeString labels;

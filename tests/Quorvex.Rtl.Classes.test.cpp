@@ -185,22 +185,173 @@ TEST(RtlClassesTest, SortedListsAndDuplicates) {
   EXPECT_RAISES(EStringListError, list.Insert(0, u"x"), u"Operation not allowed on sorted list");
   EXPECT_RAISES(EStringListError, list.Put(0, u"x"), u"Operation not allowed on sorted list");
   EXPECT_RAISES(EStringListError, list.Move(0, 1), u"Operation not allowed on sorted list");
+  // Setting a value positions a line too, unless it only deletes one.
+  EXPECT_RAISES(EStringListError, list.SetValue(u"kiwi", u"1"), u"Operation not allowed on sorted list");
+  EXPECT_RAISES(EStringListError, list.SetValueFromIndex(-1, u"1"), u"Operation not allowed on sorted list");
+  list.SetValue(u"kiwi", u"");
+  EXPECT_EQ(LinesOf(list), (Lines{"Apple", "fig", "pear"}));
   EXPECT_EQ(list.IndexOf(u"PEAR"), 2);
   int index = -1;
   EXPECT_FALSE(list.Find(u"grape", index));
   EXPECT_EQ(index, 2);
 
-  list.SetCaseSensitive(true);  // re-sorts in code-unit order
+  list.SetCaseSensitive(true);
   list.Add(u"apple");
-  EXPECT_EQ(LinesOf(list), (Lines{"Apple", "apple", "fig", "pear"}));
+  EXPECT_EQ(LinesOf(list), (Lines{"apple", "Apple", "fig", "pear"}));
   EXPECT_EQ(list.IndexOf(u"PEAR"), -1);
 
   list.SetSorted(false);
   list.CustomSort([](TStringList& l, int a, int b) {
     return static_cast<int>(l.Get(b).size()) - static_cast<int>(l.Get(a).size());
   });
-  EXPECT_EQ(LinesOf(list), (Lines{"Apple", "apple", "pear", "fig"}));
+  EXPECT_EQ(LinesOf(list), (Lines{"apple", "Apple", "pear", "fig"}));
 }
+
+// Sorts through CompareStrings one pair at a time, as any subclass does,
+// instead of by sort keys.
+struct TComparingList : TStringList {
+  int CompareStrings(UnicodeStringView a, UnicodeStringView b) const override {
+    return TStringList::CompareStrings(a, b);
+  }
+};
+
+// Orders lines by length alone.
+struct TByLengthList : TStringList {
+  int CompareStrings(UnicodeStringView a, UnicodeStringView b) const override {
+    return static_cast<int>(a.size()) - static_cast<int>(b.size());
+  }
+};
+
+// Lines of up to four letters that differ in case, accents, blanks and
+// hyphens, in a scrambled order.
+TStringDynArray TrickyLines() {
+  const UnicodeString letters[] = {u"a", u"A", u"\u00E4", u"\u00C4", u"b",     u"B",
+                                   u" ", u"-", u"\u00E9", u"'",      u"\u00DF"};
+  TStringDynArray lines;
+  unsigned seed = 7;
+  for (int i = 0; i < 400; ++i) {
+    UnicodeString line;
+    for (int length = i % 5; length > 0; --length) {
+      seed = seed * 1103515245u + 12345u;
+      line += letters[(seed >> 16) % std::size(letters)];
+    }
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST(RtlClassesTest, ListsSortAndSearchByTheUserCollation) {
+  [[maybe_unused]] const TGermanCollation german;
+  struct Case {
+    bool caseSensitive;
+    TStringDynArray lines;
+    Lines sorted;
+  } cases[] = {
+      {false,
+       {u"apple", u"Banana", u"cherry", u"\u00C4hre", u"Zebra"},
+       {"\xC3\x84hre", "apple", "Banana", "cherry", "Zebra"}},
+      {true,
+       {u"Banana", u"apple", u"Apple", u"banana", u"\u00C4hre", u"\u00E4hre", u"Ahre"},
+       {"Ahre", "\xC3\xA4hre", "\xC3\x84hre", "apple", "Apple", "banana", "Banana"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.caseSensitive);
+    TStringList sorted;
+    sorted.SetCaseSensitive(c.caseSensitive);
+    sorted.AddStrings(c.lines);
+    TComparingList compared;
+    compared.SetCaseSensitive(c.caseSensitive);
+    compared.AddStrings(c.lines);
+    for (int i = 0; i < sorted.GetCount(); ++i) EXPECT_EQ(sorted.IndexOf(c.lines[static_cast<size_t>(i)]), i);
+    sorted.SetSorted(true);
+    compared.Sort();
+    EXPECT_EQ(LinesOf(sorted), c.sorted);
+    EXPECT_EQ(LinesOf(compared), c.sorted);
+    for (int i = 0; i < sorted.GetCount(); ++i) {
+      int index = -1;
+      EXPECT_TRUE(sorted.Find(sorted.Get(i), index));
+      EXPECT_EQ(index, i);
+    }
+  }
+
+  // Case is ignored, accents are not, in searching and in duplicates alike.
+  TStringList list;
+  list.AddStrings(TStringDynArray{u"Zebra=2", u"\u00C4hre=1", u"apple"});
+  EXPECT_EQ(list.IndexOf(u"APPLE"), 2);
+  EXPECT_EQ(list.IndexOfName(u"\u00E4HRE"), 1);
+  EXPECT_EQ(list.IndexOfName(u"Ahre"), -1);
+  EXPECT_EQ(list.GetValue(u"zebra"), u"2");
+  list.SetTextStr(u"\u00C4hre\napple\nZebra");
+  list.SetSorted(true);
+  list.SetDuplicates(dupIgnore);
+  EXPECT_EQ(list.Add(u"\u00E4HRE"), 0);
+  EXPECT_EQ(list.Add(u"Ahre"), 0);
+  int index = -1;
+  EXPECT_FALSE(list.Find(u"Apfel", index));
+  EXPECT_EQ(index, 2);
+  list.SetDuplicates(dupError);
+  EXPECT_RAISES(EStringListError, list.Add(u"ZEBRA"), u"String list does not allow duplicates");
+  EXPECT_EQ(LinesOf(list), (Lines{"Ahre", "\xC3\x84hre", "apple", "Zebra"}));
+
+  // Sort keys and pairwise comparison agree, so a sorted list finds what it
+  // holds; equal lines keep their order either way.
+  for (bool caseSensitive : {false, true}) {
+    SCOPED_TRACE(caseSensitive);
+    TStringList byKeys;
+    TComparingList byPairs;
+    for (TStringList* l : {static_cast<TStringList*>(&byKeys), static_cast<TStringList*>(&byPairs)}) {
+      l->SetCaseSensitive(caseSensitive);
+      l->AddStrings(TrickyLines());
+      l->Sort();
+    }
+    EXPECT_EQ(byKeys.ToStringArray(), byPairs.ToStringArray());
+  }
+
+  // A subclass's own comparison decides Sort and sorted insertion.
+  TByLengthList byLength;
+  byLength.AddStrings(TStringDynArray{u"ccc", u"a", u"bb"});
+  EXPECT_EQ(byLength.IndexOf(u"zz"), 2);
+  byLength.SetSorted(true);
+  byLength.Add(u"dddd");
+  EXPECT_EQ(LinesOf(byLength), (Lines{"a", "bb", "ccc", "dddd"}));
+}
+
+#if !defined(_WIN32)
+TEST(RtlClassesTest, CollationFollowsTheLocaleVariables) {
+  using TValue = TScopedEnv::TValue;
+  const TValue unset;
+  const Lines root{"\xC3\x84hre", "apple", "Banana", "Zebra"};
+  const Lines swedish{"apple", "Banana", "Zebra", "\xC3\x84hre"};
+  struct Case {
+    TValue all, collate, lang;
+    bool caseSensitive;
+    Lines sorted;
+  } cases[] = {
+      {unset, unset, unset, false, root},
+      {unset, unset, "sv_SE.UTF-8", false, swedish},
+      {unset, "sv_SE", "de_DE.UTF-8", false, swedish},
+      {"de_DE.UTF-8", "sv_SE.UTF-8", "sv_SE", false, root},
+      {"", "sv_SE.UTF-8@euro", unset, false, swedish},  // empty counts as unset
+      {"C", "sv_SE", "sv_SE", false, root},
+      {"POSIX", unset, unset, false, root},
+      {"C.UTF-8", unset, unset, true, root},  // not code-unit order
+      {"sv_FI", unset, unset, true, swedish},
+  };
+  // One thread walks every locale: its cached collators must follow.
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.all.value_or("-") + " " + c.collate.value_or("-") + " " + c.lang.value_or("-"));
+    const TScopedEnv all("LC_ALL", c.all), collate("LC_COLLATE", c.collate), lang("LANG", c.lang);
+    TStringList list;
+    list.SetCaseSensitive(c.caseSensitive);
+    list.AddStrings(TStringDynArray{u"Zebra", u"Banana", u"\u00C4hre", u"apple"});
+    list.SetSorted(true);
+    EXPECT_EQ(LinesOf(list), c.sorted);
+    int index = -1;
+    EXPECT_TRUE(list.Find(u"\u00C4hre", index));
+    EXPECT_EQ(index, c.sorted == root ? 0 : 3);
+  }
+}
+#endif
 
 TEST(RtlClassesTest, IndexErrorsNameTheIndex) {
   auto list = ListOf({"a", "b", "c"});
@@ -334,6 +485,16 @@ TEST(RtlClassesTest, FilesRoundTripThroughEveryEncoding) {
   }
 }
 
+TEST(RtlClassesTest, AFolderDoesNotLoadAsAFile) {
+  Files::Testing::TTempFolder folder;
+  TStringList list;
+  list.Add(u"kept");
+  const uint32_t code = Files::Testing::OnWindows() ? 5 : 21;  // ERROR_ACCESS_DENIED, EISDIR
+  EXPECT_RAISES(Exceptions::EFOpenError, list.LoadFromFile(folder.Path()),
+                u"Cannot open file \"" + folder.Path() + u"\". " + Exceptions::SysErrorMessage(code));
+  EXPECT_EQ(LinesOf(list), Lines{"kept"});
+}
+
 void Load(TStrings& list, const TBytes& bytes, TEncoding* encoding = nullptr) {
   TBytesStream stream(bytes);
   list.LoadFromStream(stream, encoding);
@@ -399,8 +560,8 @@ TEST(RtlClassesTest, AdapterIsToldWhenAttachedAndDetached) {
   {
     TStringList list;
     list.Add(u"one");
-    list.SetStringsAdapter(new TRecordingAdapter(log, "first"));
-    list.SetStringsAdapter(new TRecordingAdapter(log, "second"));
+    list.SetStringsAdapter(Objects::CreateObject<TRecordingAdapter>(log, "first"));
+    list.SetStringsAdapter(Objects::CreateObject<TRecordingAdapter>(log, "second"));
   }
   EXPECT_EQ(log, (std::vector<std::string>{"first gets one", "first released", "second gets one", "second released"}));
 }

@@ -2,6 +2,8 @@
 // paths written with '/' in the platform's form, so one table runs everywhere.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <random>
 #include <string>
@@ -15,6 +17,7 @@ inline bool OnWindows() { return PathDelim() == u'\\'; }
 
 constexpr uint32_t kNotFound = 2;                                   // ERROR_FILE_NOT_FOUND and ENOENT alike
 inline uint32_t AlreadyExists() { return OnWindows() ? 183 : 17; }  // ERROR_ALREADY_EXISTS, EEXIST
+inline uint32_t InvalidName() { return OnWindows() ? 123 : 22; }    // ERROR_INVALID_NAME, EINVAL
 
 // `path` with '/' turned into the platform's delimiter; on Windows a
 // leading '/' also gains the drive "C:", so "/a/b" reads "C:\a\b".
@@ -31,10 +34,10 @@ inline UnicodeString P(UnicodeStringView path) {
 // everything in it (read-only entries included) when the test ends.
 class TTempFolder {
  public:
-  TTempFolder() {
+  // Under `base`, the system's temporary folder unless told otherwise.
+  explicit TTempFolder(const std::filesystem::path& base = std::filesystem::temp_directory_path()) {
     std::random_device random;
-    FRoot = std::filesystem::temp_directory_path() /
-            ("qxrtl-test-" + std::to_string(random()) + "-" + std::to_string(random()));
+    FRoot = base / ("qxrtl-test-" + std::to_string(random()) + "-" + std::to_string(random()));
     std::filesystem::create_directories(FRoot);
     FPath = FRoot.u16string();
   }
@@ -58,5 +61,18 @@ class TTempFolder {
   std::filesystem::path FRoot;
   UnicodeString FPath;
 };
+
+// A folder on another file system than the temporary folder, where there
+// is one ("/dev/shm" on Linux); empty otherwise.
+inline std::filesystem::path OtherFileSystem() {
+  struct stat temp {};
+  struct stat shared {};
+  const std::filesystem::path candidate = "/dev/shm";
+  if (OnWindows() || stat(std::filesystem::temp_directory_path().string().c_str(), &temp) != 0 ||
+      stat(candidate.string().c_str(), &shared) != 0 || temp.st_dev == shared.st_dev) {
+    return {};
+  }
+  return candidate;
+}
 
 }  // namespace Quorvex::Rtl::Files::Testing

@@ -132,9 +132,13 @@ TEST(RtlFilesTest, WholeFilesRoundTripOrRaise) {
   EXPECT_RAISES(Exceptions::EFCreateError, WriteFileBytes(nowhere, "x"),
                 ExpectedOpenError(u"Cannot create file \"%s\". %s", nowhere, true));
 
-  if (OnWindows()) return;  // it neither opens folders as files nor has a full device
-  // Here a folder opens but cannot be read, and /dev/full takes no bytes.
-  EXPECT_RAISES(Exceptions::EReadError, ReadFileBytes(temp.Path()), u"Stream read error");
+  // A folder is no file, though Linux would open one for reading.
+  EXPECT_RAISES(Exceptions::EFOpenError, ReadFileBytes(temp.Path()),
+                ExpectedOpenError(u"Cannot open file \"%s\". %s", temp.Path(), false));
+  EXPECT_RAISES(Exceptions::EFCreateError, WriteFileBytes(temp.Path(), "x"),
+                ExpectedOpenError(u"Cannot create file \"%s\". %s", temp.Path(), true));
+
+  if (OnWindows()) return;  // it has no full device
   EXPECT_RAISES(Exceptions::EWriteError, WriteFileBytes(u"/dev/full", "x"), u"Stream write error");
 }
 

@@ -93,7 +93,7 @@ TEST(RtlObjectsTest, GuidsAndClassInformation) {
 
 TEST(RtlObjectsTest, QueryInterfaceAnswersAndTheLastReferenceFrees) {
   int destroyed = 0;
-  IntfPtr<IGreeter> greeter(new TCountingGreeter(&destroyed));
+  IntfPtr<IGreeter> greeter(CreateObject<TCountingGreeter>(&destroyed));
   EXPECT_EQ(greeter->Greet(), u"hello");
   void* raw = reinterpret_cast<void*>(1);
   EXPECT_EQ(greeter->QueryInterface(IUnused::IID, &raw), HResult::NoInterface);
@@ -123,7 +123,7 @@ TEST(RtlObjectsTest, QueryInterfaceAnswersAndTheLastReferenceFrees) {
 
 TEST(RtlObjectsTest, SupportsOnObjectsLeavesLifetimeAlone) {
   int destroyed = 0;
-  auto* obj = new TGreeter(&destroyed);
+  auto* obj = CreateObject<TGreeter>(&destroyed);
   EXPECT_TRUE(Supports<IGreeter>(obj));
   EXPECT_FALSE(Supports<ICounter>(obj));
   EXPECT_EQ(obj->RefCount(), 0);
@@ -137,7 +137,7 @@ TEST(RtlObjectsTest, SupportsOnObjectsLeavesLifetimeAlone) {
 
 TEST(RtlObjectsTest, CountIsAtomicAcrossThreads) {
   int destroyed = 0;
-  IntfPtr<IGreeter> shared(new TGreeter(&destroyed));
+  IntfPtr<IGreeter> shared(CreateObject<TGreeter>(&destroyed));
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t)
     threads.emplace_back([shared] {
@@ -183,12 +183,77 @@ class TLogged : public TGreeter {
 
 TEST(RtlObjectsTest, BeforeDestructionPrecedesTheDestructors) {
   std::string log;
-  auto* logged = new TLogged(log);
+  auto* logged = CreateObject<TLogged>(log);
   IntfPtr<IGreeter> held(logged);
   EXPECT_RAISES(Exceptions::EInvalidPointer, FreeObject(logged), u"Invalid pointer operation");
-  EXPECT_EQ(log, "before;");  // refused while referenced: still alive
+  EXPECT_EQ(log, "");  // refused while referenced before anything ran: still whole
   held.Reset();
-  EXPECT_EQ(log, "before;before;destroyed;");
+  EXPECT_EQ(log, "before;destroyed;");
+}
+
+// Takes a reference to itself (and drops it at once) in the steps named by
+// `Steps`, the way objects register with observers or use a temporary
+// interface variable. Its constructor may also hand itself to `keeper`.
+class TSelfReferencing : public TGreeter {
+  QX_CLASS(TSelfReferencing, TGreeter, "Quorvex.Tests")
+ public:
+  enum TStep { kConstructor = 1, kBeforeDestruction = 2, kDestructor = 4 };
+
+  explicit TSelfReferencing(int steps = kConstructor | kBeforeDestruction, int* destroyed = nullptr,
+                            IntfPtr<IGreeter>* keeper = nullptr)
+      : TGreeter(destroyed), FSteps(steps) {
+    TakeReferenceIf(kConstructor);
+    if (keeper) *keeper = this;
+  }
+  ~TSelfReferencing() override { TakeReferenceIf(kDestructor); }
+  void BeforeDestruction() override {
+    TakeReferenceIf(kBeforeDestruction);
+    inherited::BeforeDestruction();
+  }
+
+ private:
+  void TakeReferenceIf(TStep step) {
+    if ((FSteps & step) == 0) return;
+    IntfPtr<IGreeter> self(this);
+    EXPECT_EQ(self->Greet(), u"hello");
+  }
+
+  int FSteps;
+};
+
+TEST(RtlObjectsTest, ReferencesTakenWhileMadeOrDestroyedNeverFree) {
+  using enum TSelfReferencing::TStep;
+  for (const int steps :
+       {0, +kConstructor, +kBeforeDestruction, +kDestructor, kConstructor | kBeforeDestruction | kDestructor}) {
+    SCOPED_TRACE(steps);
+    int destroyed = 0;
+    auto* obj = CreateObject<TSelfReferencing>(steps, &destroyed);
+    EXPECT_EQ(destroyed, 0);
+    EXPECT_EQ(obj->RefCount(), 0);  // made, not yet referenced
+    IntfPtr<IGreeter> held(obj);
+    EXPECT_EQ(obj->RefCount(), 1);
+    held.Reset();
+    EXPECT_EQ(destroyed, 1);
+
+    // Never referenced from outside: its owner frees it explicitly.
+    obj = CreateObject<TSelfReferencing>(steps, &destroyed);
+    FreeObject(obj);
+    EXPECT_EQ(destroyed, 2);
+  }
+}
+
+TEST(RtlObjectsTest, ConstructorMayHandItselfToAKeeper) {
+  int destroyed = 0;
+  IntfPtr<IGreeter> keeper;
+  auto* obj = CreateObject<TSelfReferencing>(+TSelfReferencing::kConstructor, &destroyed, &keeper);
+  EXPECT_EQ(obj->RefCount(), 1);  // the keeper's reference only
+  EXPECT_RAISES(Exceptions::EInvalidPointer, FreeObject(obj), u"Invalid pointer operation");
+  keeper.Reset();
+  EXPECT_EQ(destroyed, 1);
+
+  TObject* made = TSelfReferencing::StaticClass()->Create();  // made by class: construction ends the same way
+  EXPECT_EQ(ObjectCast<TInterfacedObject>(made)->RefCount(), 0);
+  FreeObject(made);
 }
 
 }  // namespace

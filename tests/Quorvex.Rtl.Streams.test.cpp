@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
+#include <tuple>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
@@ -81,6 +83,34 @@ TEST(RtlStreamsTest, FailingOpensNameTheFileAndTheSystemError) {
   EXPECT_RAISES(Exceptions::EFCreateError, TFileStream file(inMissingFolder, fmCreate),
                 u"Cannot create file \"" + inMissingFolder + u"\". " + SysErrorMessage(folderCode));
 
+  // A folder never opens as a file; a read-only file never opens for
+  // writing, not even for root, and keeps its content.
+  const UnicodeString readOnly = folder / u"read-only.txt";
+  {
+    TFileStream file(readOnly, fmCreate);
+    Put(file, "kept");
+  }
+  ASSERT_TRUE(Files::FileSetAttr(readOnly, Files::faReadOnly));
+  const uint32_t denied = OnWindows() ? 5 : 13;    // ERROR_ACCESS_DENIED, EACCES
+  const uint32_t isFolder = OnWindows() ? 5 : 21;  // EISDIR
+  const std::tuple<UnicodeString, uint16_t, uint32_t> refused[] = {
+      {folder.Path(), fmOpenRead, isFolder},
+      {readOnly, fmOpenWrite, denied},
+      {readOnly, fmOpenReadWrite | fmShareDenyNone, denied},
+  };
+  for (const auto& [name, mode, code] : refused) {
+    SCOPED_TRACE(Strings::Utf16ToUtf8(name) + " mode " + std::to_string(mode));
+    EXPECT_RAISES(EFOpenError, TFileStream file(name, mode),
+                  u"Cannot open file \"" + name + u"\". " + SysErrorMessage(code));
+  }
+  EXPECT_RAISES(Exceptions::EFCreateError, TFileStream file(readOnly, fmCreate),
+                u"Cannot create file \"" + readOnly + u"\". " + SysErrorMessage(denied));
+  TMemoryStream loaded;
+  EXPECT_RAISES(EFOpenError, loaded.LoadFromFile(folder.Path()),
+                u"Cannot open file \"" + folder.Path() + u"\". " + SysErrorMessage(isFolder));
+  loaded.LoadFromFile(readOnly);
+  EXPECT_EQ(Rest(loaded), "kept");
+
   if (OnWindows()) {  // share modes exist only there
     const UnicodeString name = folder / u"locked.txt";
     TFileStream locked(name, fmCreate);
@@ -96,6 +126,29 @@ class TUnsizedStream : public TStream {
   int64_t Write(const void*, int64_t) override { return 0; }
   int64_t Seek(int64_t, TSeekOrigin) override { return -1; }
 };
+
+// A stream that claims far more bytes than it has, as a folder opened as
+// a file on Linux does (2^63 - 1 on ext4).
+class TOverstatedStream : public TBytesStream {
+ public:
+  TOverstatedStream() : TBytesStream(TBytes{'a', 'b', 'c'}) {}
+  int64_t GetSize() override { return std::numeric_limits<int64_t>::max(); }
+};
+
+TEST(RtlStreamsTest, LoadsTrustNoSizeWithMemory) {
+  TOverstatedStream source;
+  TMemoryStream target;
+  EXPECT_RAISES(EReadError, target.LoadFromStream(source), u"Stream read error");
+  EXPECT_LE(target.GetCapacity(), int64_t{64} << 20);
+
+  TBytesStream exact(TBytes{'x', 'y', 'z'});
+  exact.SetPosition(1);
+  target.LoadFromPosition(exact);
+  EXPECT_EQ(target.GetPosition(), 0);
+  EXPECT_EQ(Rest(target), "yz");
+  target.LoadFromStream(exact);
+  EXPECT_EQ(Rest(target), "xyz");
+}
 
 TEST(RtlStreamsTest, CopyFromAndStringStreams) {
   TBytesStream source(TBytes{'a', 'b', 'c', 'd', 'e'});

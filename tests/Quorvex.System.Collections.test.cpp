@@ -76,6 +76,16 @@ TEST(SystemCollectionsTest, OperationsBehaveAsTheRuntimeList) {
   EXPECT_EQ(list->IndexOf(u"abc"), 0);  // case is ignored
   EXPECT_RAISES(Rtl::Exceptions::EStringListError, list->Get(5), u"List index out of bounds (5)");
 
+  // Searching and sorting follow the user's collation.
+  [[maybe_unused]] const TGermanCollation german;
+  const IntfPtr<IStrings> names = TInterfacedStringList::Create();
+  names->SetTextStr(u"Zebra=2\napple=3\n\u00C4hre=1");
+  EXPECT_EQ(names->IndexOfName(u"\u00E4HRE"), 2);
+  names->AsObject()->SetSorted(true);
+  EXPECT_EQ(names->ToStringArray(), (TStringDynArray{u"\u00C4hre=1", u"apple=3", u"Zebra=2"}));
+  EXPECT_RAISES(Rtl::Exceptions::EStringListError, names->SetValue(u"fig", u"4"),
+                u"Operation not allowed on sorted list");
+
   // AddStrings from another IStrings: empty, a null reference, and itself.
   list->AddStrings(TInterfacedStringList::Create());
   list->AddStrings(IntfPtr<IStrings>());

@@ -32,7 +32,7 @@ IntfPtr<IExceptionInfo> Capture(void (*raise)()) {
   try {
     raise();
   } catch (...) {
-    return IntfPtr<IExceptionInfo>(new TExceptionInfo(std::current_exception()));
+    return IntfPtr<IExceptionInfo>(Rtl::Objects::CreateObject<TExceptionInfo>(std::current_exception()));
   }
   return nullptr;
 }

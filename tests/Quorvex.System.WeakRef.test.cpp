@@ -13,7 +13,7 @@ namespace {
 using Rtl::Objects::IntfPtr;
 
 TEST(SystemWeakRefTest, RegistrationsFromManyThreadsAreNilledAtDestruction) {
-  IntfPtr<IWeakReferenceableObject> strong(new TWeakReferencedObject());
+  IntfPtr<IWeakReferenceableObject> strong(Rtl::Objects::CreateObject<TWeakReferencedObject>());
   std::array<void*, 200> variables;
   variables.fill(strong.Get());
   std::vector<std::thread> threads;
@@ -22,6 +22,9 @@ TEST(SystemWeakRefTest, RegistrationsFromManyThreadsAreNilledAtDestruction) {
       for (size_t i = t; i < variables.size(); i += 4) strong->AddWeakRef(&variables[i]);
     });
   for (auto& thread : threads) thread.join();
+  // Freeing it while it is still referenced is refused before anything is nilled.
+  EXPECT_THROW(Rtl::Objects::FreeObject(Rtl::Objects::ObjectOf(strong.Get())), Rtl::Exceptions::EInvalidPointer);
+  EXPECT_EQ(variables.front(), strong.Get());
   strong.Reset();
   for (void* variable : variables) EXPECT_EQ(variable, nullptr);
 }
@@ -39,7 +42,7 @@ TEST(SystemWeakRefTest, RemoveDropsTheFirstMatchOrElseTheLastRegistration) {
     std::array<void*, 4> variables;
     variables.fill(&variables);
     {
-      IntfPtr<IWeakReferenceableObject> strong(new TWeakReferencedObject());
+      IntfPtr<IWeakReferenceableObject> strong(Rtl::Objects::CreateObject<TWeakReferencedObject>());
       for (char name : test.added) strong->AddWeakRef(&variables[name - 'a']);
       for (char name : test.removed) strong->RemoveWeakRef(&variables[name - 'a']);
     }

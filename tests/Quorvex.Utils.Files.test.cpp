@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
+#include <string>
+
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
 #include "Quorvex.Rtl.Files.hpp"
@@ -13,6 +17,7 @@ using Rtl::Files::Testing::kNotFound;
 using Rtl::Files::Testing::OnWindows;
 using Rtl::Files::Testing::TTempFolder;
 using Rtl::Strings::Format;
+using namespace std::string_literals;
 
 // Windows: a read-only file held open without sharing; elsewhere a kernel
 // file that not even root may unlink.
@@ -78,12 +83,80 @@ TEST(UtilsFilesTest, RenameAttributesAndDeleteOrNameTheFileAndCode) {
                 Format(u"Cannot rename file %s to %s; error: %d", from, to, kNotFound));
   EXPECT_RAISES(EFileException, gFile::SetAttributes(from, Rtl::Files::faReadOnly),
                 Format(u"Cannot set attributes for the file %s; error: %d", from, kNotFound));
+  // A read-only file is not overwritten, not even by root.
+  gFile::Save(to, u"kept");
+  gFile::SetAttributes(to, Rtl::Files::faReadOnly);
+  const uint32_t denied = OnWindows() ? 5 : 13;  // ERROR_ACCESS_DENIED, EACCES
+  EXPECT_RAISES(Rtl::Exceptions::EFCreateError, gFile::Save(to, u"lost"),
+                Format(u"Cannot create file \"%s\". %s", to, Rtl::Exceptions::SysErrorMessage(denied)));
+  EXPECT_EQ(gFile::Load(to), u"kept");
+  gFile::Delete(to);
   // A rename never replaces an existing file.
   gFile::Save(from, u"new");
   gFile::Save(to, u"old");
   EXPECT_RAISES(EFileException, gFile::Rename(from, to),
                 Format(u"Cannot rename file %s to %s; error: %d", from, to, Rtl::Files::Testing::AlreadyExists()));
   EXPECT_EQ(gFile::Load(to), u"old");
+}
+
+// Linux only: Windows moves files between volumes itself.
+TEST(UtilsFilesTest, RenameMovesFilesAcrossFileSystemsOrLeavesThemAlone) {
+  const std::filesystem::path other = Rtl::Files::Testing::OtherFileSystem();
+  if (other.empty()) GTEST_SKIP() << "no second file system here";
+  TTempFolder temp;
+  TTempFolder away(other);
+  const UnicodeString from = temp / u"moved.txt";
+  const UnicodeString to = away / u"moved.txt";
+  gFile::Save(from, u"content");
+  const auto written = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * 400);
+  std::filesystem::last_write_time(std::filesystem::path(from), written);
+  std::filesystem::permissions(std::filesystem::path(from), std::filesystem::perms(0640));
+
+  gFile::Rename(from, to);
+  EXPECT_FALSE(gFile::Exists(from));
+  EXPECT_EQ(gFile::Load(to), u"content");
+  EXPECT_EQ(std::filesystem::last_write_time(std::filesystem::path(to)), written);
+  EXPECT_EQ(std::filesystem::status(std::filesystem::path(to)).permissions(), std::filesystem::perms(0640));
+
+  // An existing target stays; a source that cannot go takes its copy along.
+  gFile::Save(from, u"second");
+  EXPECT_RAISES(EFileException, gFile::Rename(from, to),
+                Format(u"Cannot rename file %s to %s; error: %d", from, to, Rtl::Files::Testing::AlreadyExists()));
+  EXPECT_EQ(gFile::Load(from), u"second");
+  EXPECT_EQ(gFile::Load(to), u"content");
+  const UnicodeString kernel = u"/proc/self/status";  // copies, but never deletes
+  ASSERT_FALSE(Platform::DeleteFile(kernel));
+  const uint32_t code = Platform::LastError();
+  EXPECT_RAISES(EFileException, gFile::Rename(kernel, temp / u"status"),
+                Format(u"Cannot rename file %s to %s; error: %d", kernel, temp / u"status", code));
+  EXPECT_FALSE(gFile::Exists(temp / u"status"));
+}
+
+// The system would end such a name at the NUL and act on "keep.txt".
+TEST(UtilsFilesTest, NamesWithANulTouchNothing) {
+  TTempFolder temp;
+  const UnicodeString keep = temp / u"keep.txt";
+  gFile::Save(keep, u"kept");
+  const UnicodeString name = keep + u"\0.bak"s;
+  const uint32_t code = Rtl::Files::Testing::InvalidName();
+
+  EXPECT_FALSE(gFile::Exists(name));
+  EXPECT_EQ(gFile::GetSize(name), 0);
+  gFile::Delete(name);
+  EXPECT_RAISES(EFileException, gFile::Rename(name, temp / u"other.txt"),
+                Format(u"Cannot rename file %s to %s; error: %d", name, temp / u"other.txt", code));
+  EXPECT_RAISES(EFileException, gFile::Rename(keep, temp / u"new.txt\0"s),
+                Format(u"Cannot rename file %s to %s; error: %d", keep, temp / u"new.txt\0"s, code));
+  EXPECT_FALSE(gFile::Exists(temp / u"new.txt"));
+  EXPECT_RAISES(EFileException, gFile::SetAttributes(name, Rtl::Files::faReadOnly),
+                Format(u"Cannot set attributes for the file %s; error: %d", name, code));
+  const UnicodeString why = Rtl::Exceptions::SysErrorMessage(code);
+  EXPECT_RAISES(Rtl::Exceptions::EFOpenError, gFile::Load(name), Format(u"Cannot open file \"%s\". %s", name, why));
+  EXPECT_RAISES(Rtl::Exceptions::EFCreateError, gFile::Save(name, u"lost"),
+                Format(u"Cannot create file \"%s\". %s", name, why));
+
+  EXPECT_EQ(gFile::Load(keep), u"kept");
+  EXPECT_EQ(Rtl::Files::FileGetAttr(keep) & Rtl::Files::faReadOnly, 0u);
 }
 
 }  // namespace

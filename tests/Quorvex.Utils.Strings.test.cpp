@@ -163,6 +163,64 @@ TEST(gStringTest, FormattersPickTheLargestUnitReached) {
   for (const auto& [format, value, expected] : cases) EXPECT_EQ(format(value), Dec(expected)) << value;
 }
 
+// Far beyond what floating point holds exactly: the raw count is printed as
+// it is, a quotient is the exact one, rounded once. Each pair straddles a
+// rounding half near 2^53, 10^16, 10^18 and the top of the range.
+TEST(gStringTest, FormattersAreExactOverTheWholeRange) {
+  const auto bytes = gString::FormatBytes, perSec = gString::FormatBytesPerSec, bits = gString::FormatBitsPerSec,
+             meters = gString::FormatMeters;
+  const std::tuple<UnicodeString (*)(int64_t), int64_t, const char16_t*> cases[] = {
+      {bytes, 9007336693694463, u"8192.12 TB"},
+      {bytes, 9007336693694464, u"8192.13 TB"},
+      {bytes, 10000195693576191, u"9095.12 TB"},
+      {bytes, 10000195693576192, u"9095.13 TB"},
+      {bytes, 1000000190465179647, u"909494.87 TB"},
+      {bytes, 1000000190465179648, u"909494.88 TB"},
+      {bytes, 9223362278689079295, u"8388599.12 TB"},
+      {bytes, 9223362278689079296, u"8388599.13 TB"},
+      {bytes, INT64_MIN, u"-9223372036854775808 bytes"},
+      {bytes, INT64_MAX, u"8388608 TB"},
+      {perSec, 9007336693694463, u"8192.12 TB/s"},
+      {perSec, 9007336693694464, u"8192.13 TB/s"},
+      {perSec, 10000195693576191, u"9095.12 TB/s"},
+      {perSec, 10000195693576192, u"9095.13 TB/s"},
+      {perSec, 1000000190465179647, u"909494.87 TB/s"},
+      {perSec, 1000000190465179648, u"909494.88 TB/s"},
+      {perSec, 9223362278689079295, u"8388599.12 TB/s"},
+      {perSec, 9223362278689079296, u"8388599.13 TB/s"},
+      {perSec, INT64_MIN, u"-9223372036854775808 B/s"},
+      {perSec, INT64_MAX, u"8388608 TB/s"},
+      {bits, 9007194999999999, u"9007.19 Tb/s"},
+      {bits, 9007195000000000, u"9007.2 Tb/s"},
+      {bits, 10000004999999999, u"10000 Tb/s"},
+      {bits, 10000005000000000, u"10000.01 Tb/s"},
+      {bits, 1000000004999999999, u"1000000 Tb/s"},
+      {bits, 1000000005000000000, u"1000000.01 Tb/s"},
+      {bits, 9223362034999999999, u"9223362.03 Tb/s"},
+      {bits, 9223362035000000000, u"9223362.04 Tb/s"},
+      {bits, INT64_MIN, u"-9223372036854775808 b/s"},
+      {bits, INT64_MAX, u"9223372.04 Tb/s"},
+      {meters, 9007199254740949, u"9007199254740.9 km"},
+      {meters, 9007199254740950, u"9007199254741 km"},
+      {meters, 10000000000000049, u"10000000000000 km"},
+      {meters, 10000000000000050, u"10000000000000.1 km"},
+      {meters, 1000000000000000049, u"1000000000000000 km"},
+      {meters, 1000000000000000050, u"1000000000000000.1 km"},
+      {meters, 9223362036854775849, u"9223362036854775.8 km"},
+      {meters, 9223362036854775850, u"9223362036854775.9 km"},
+      {meters, INT64_MIN, u"-9223372036854775808 m"},
+      {meters, INT64_MAX, u"9223372036854775.8 km"},
+      {bytes, 1099511765214953471, u"1000000.12 TB"},
+      {meters, 3499566157810395648, u"3499566157810395.6 km"},
+      {bits, 9999999999999999, u"10000 Tb/s"},
+      {bytes, INT64_MIN + 1, u"-9223372036854775807 bytes"},
+  };
+  for (const auto& [format, value, expected] : cases) {
+    SCOPED_TRACE(value);
+    EXPECT_EQ(format(value), Dec(expected));
+  }
+}
+
 TEST(gStringTest, LocalsHoldTheUnitWords) {
   const Locals::TStringLocals& locals = gString::GetLocals();
   EXPECT_EQ(&locals, &gString::GetLocals());

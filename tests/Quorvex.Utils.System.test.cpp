@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "Quorvex.Rtl.Files.TestSupport.hpp"
+#include "Quorvex.TestSupport.hpp"
 #include "Quorvex.Utils.System.hpp"
 
 #if defined(__linux__)
@@ -53,17 +54,6 @@ TEST(UtilsSystemTest, OSDescriptionAndWhatEveryPlatformAnswersAlike) {
 }
 
 #if defined(__linux__)
-
-// Sets (nullopt: removes) an environment variable until the scope ends.
-struct TScopedEnv {
-  using TValue = std::optional<std::string>;
-  TScopedEnv(const char* name, const TValue& value) : Name(name), Saved(Get(name)) { Set(value); }
-  ~TScopedEnv() { Set(Saved); }
-  static TValue Get(const char* name) { return std::getenv(name) ? TValue(std::getenv(name)) : std::nullopt; }
-  void Set(const TValue& value) { value ? setenv(Name.c_str(), value->c_str(), 1) : unsetenv(Name.c_str()); }
-  std::string Name;
-  TValue Saved;
-};
 
 TEST(UtilsSystemTest, PosixFoldersFollowXdg) {
   // "@" stands for a fresh temporary folder; the home folder is @/home.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -81,6 +82,22 @@ TEST(UtilsXmlTest, MalformedTextRaises) {
   for (const char16_t* text :
        {u"65536-01-01", u"99999999999999999999999", u"2015-03-01T10:00:00+65536", u"2015-03-01T10:65536"})
     ExpectReadRaises<Rtl::Exceptions::ERangeError>(text, u"Range check error");
+}
+
+// The writer rounds to the millisecond: the values that round into year
+// 10000 are out of range like those beyond, and the one before them is the
+// last millisecond that reads back.
+TEST(UtilsXmlTest, WritingRejectsValuesThatRoundPastTheLastDay) {
+  const TDateTime end = Rtl::DateTime::MaxDateTime + 1;
+  TDateTime value = end;
+  for (int step = 0; step <= 12; ++step) {
+    SCOPED_TRACE(step);
+    EXPECT_RAISES(Rtl::Exceptions::ERangeError, gXml::DateTimeToXMLTime(value, false), u"Range check error");
+    value = std::nextafter(value, 0.0);
+  }
+  const UnicodeString last = gXml::DateTimeToXMLTime(value, false);
+  EXPECT_EQ(last, u"9999-12-31T23:59:59.999Z");
+  EXPECT_EQ(Read(last, true), "9999-12-31 23:59:59");
 }
 
 #if defined(__linux__)

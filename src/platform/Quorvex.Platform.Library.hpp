@@ -19,7 +19,8 @@ struct LibraryError {
 // now (LoadLibraryW; dlopen with RTLD_NOW). Each success adds one load
 // reference. Returns nullptr on failure with `error` filled in: on Windows
 // GetLastError and its text, elsewhere ELIBACC and the loader's own text
-// (the loader sets no error code of its own).
+// (the loader sets no error code of its own), or EINVAL for a name that
+// holds a NUL.
 void* LoadLibraryModule(PathView name, LibraryError& error);
 
 }  // namespace Quorvex::Platform

@@ -18,8 +18,8 @@ using ModuleHandle = uintptr_t;
 // no block of its own.
 bool ReadVersionResource(ModuleHandle module, std::vector<uint8_t>& bytes);
 
-// Milliseconds since the system started as a 32-bit count, wrapping to 0
-// after about 49.7 days.
+// Milliseconds since the system started, time spent suspended included,
+// as a 32-bit count, wrapping to 0 after about 49.7 days.
 uint32_t TickCount32();
 
 }  // namespace Quorvex::Platform

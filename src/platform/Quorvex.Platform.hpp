@@ -2,7 +2,10 @@
 // once and call only these functions; win32/ and posix/ each implement all
 // of them, and the build picks one. Nothing here raises: failures come back
 // as false / invalid values with the code in LastError(), and the callers
-// decide what to report.
+// decide what to report. A path that holds a NUL is refused before it
+// reaches the system, which would end the name there and act on another
+// file: the call fails as for an invalid name (ERROR_INVALID_NAME on
+// Windows, EINVAL elsewhere).
 #pragma once
 
 #include <cstdint>
@@ -65,6 +68,9 @@ bool DirectoryExists(PathView path);  // a folder, links followed
 bool DeleteFile(PathView path);
 bool CreateDirectory(PathView path);
 bool RemoveDirectory(PathView path);
+// Renames or moves a file or folder; never replaces an existing entry. A
+// file moves to another volume or file system (copied, then deleted), a
+// folder does not (ERROR_NOT_SAME_DEVICE, EXDEV).
 bool RenameFile(PathView oldName, PathView newName);
 
 // --- Directory search ---------------------------------------------------------
@@ -99,8 +105,12 @@ constexpr uint32_t fmShareExclusive = 0x0010;
 constexpr uint32_t fmShareDenyWrite = 0x0020;
 constexpr uint32_t fmShareDenyNone = 0x0040;
 
+// Opens an existing file. As on Windows, a folder never opens as a file
+// (EISDIR elsewhere), and a file with the read-only attribute never opens
+// for writing (ERROR_ACCESS_DENIED, EACCES), whatever the caller's rights.
 FileHandle FileOpen(PathView path, uint32_t mode);
-// Creates or truncates a file for writing.
+// Creates or truncates a file for writing; refuses folders and read-only
+// files as FileOpen does, leaving their content alone.
 FileHandle FileCreate(PathView path);
 // Bytes read or written, -1 on failure.
 int64_t FileRead(FileHandle file, void* buffer, int64_t count);

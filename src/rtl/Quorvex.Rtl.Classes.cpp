@@ -1,12 +1,15 @@
 #include "Quorvex.Rtl.Classes.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <numeric>
+#include <string>
+#include <string_view>
+#include <typeinfo>
 #include <utility>
 
+#include "Quorvex.Platform.Collation.hpp"
 #include "Quorvex.Rtl.Checked.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 
@@ -28,95 +31,6 @@ constexpr UnicodeStringView kDefaultLineBreak = u"\r\n";
 
 [[noreturn]] void RaiseCapacityError(int capacity) {
   throw EStringListError(Format(u"List capacity out of bounds (%d)", capacity));
-}
-
-// Upper-case mappings of the Basic Multilingual Plane (Unicode simple case
-// mapping): code units First, First + Step, ... Last map to unit + Delta.
-// Fixed data keeps case-insensitive matching the same on every platform and
-// in every locale, which the C library's towupper does not promise.
-struct TCaseRange {
-  char16_t First;
-  char16_t Last;
-  uint8_t Step;
-  int32_t Delta;
-};
-
-constexpr TCaseRange kUpperCaseRanges[] = {
-    {0x0061, 0x007A, 1, -32},    {0x00B5, 0x00B5, 1, 743},   {0x00E0, 0x00F6, 1, -32},    {0x00F8, 0x00FE, 1, -32},
-    {0x00FF, 0x00FF, 1, 121},    {0x0101, 0x012F, 2, -1},    {0x0131, 0x0131, 1, -232},   {0x0133, 0x0137, 2, -1},
-    {0x013A, 0x0148, 2, -1},     {0x014B, 0x0177, 2, -1},    {0x017A, 0x017E, 2, -1},     {0x017F, 0x017F, 1, -300},
-    {0x0180, 0x0180, 1, 195},    {0x0183, 0x0185, 2, -1},    {0x0188, 0x0188, 1, -1},     {0x018C, 0x018C, 1, -1},
-    {0x0192, 0x0192, 1, -1},     {0x0195, 0x0195, 1, 97},    {0x0199, 0x0199, 1, -1},     {0x019A, 0x019A, 1, 163},
-    {0x019E, 0x019E, 1, 130},    {0x01A1, 0x01A5, 2, -1},    {0x01A8, 0x01A8, 1, -1},     {0x01AD, 0x01AD, 1, -1},
-    {0x01B0, 0x01B0, 1, -1},     {0x01B4, 0x01B6, 2, -1},    {0x01B9, 0x01B9, 1, -1},     {0x01BD, 0x01BD, 1, -1},
-    {0x01BF, 0x01BF, 1, 56},     {0x01C5, 0x01C5, 1, -1},    {0x01C6, 0x01C6, 1, -2},     {0x01C8, 0x01C8, 1, -1},
-    {0x01C9, 0x01C9, 1, -2},     {0x01CB, 0x01CB, 1, -1},    {0x01CC, 0x01CC, 1, -2},     {0x01CE, 0x01DC, 2, -1},
-    {0x01DD, 0x01DD, 1, -79},    {0x01DF, 0x01EF, 2, -1},    {0x01F2, 0x01F2, 1, -1},     {0x01F3, 0x01F3, 1, -2},
-    {0x01F5, 0x01F5, 1, -1},     {0x01F9, 0x021F, 2, -1},    {0x0223, 0x0233, 2, -1},     {0x023C, 0x023C, 1, -1},
-    {0x023F, 0x0240, 1, 10815},  {0x0242, 0x0242, 1, -1},    {0x0247, 0x024F, 2, -1},     {0x0250, 0x0250, 1, 10783},
-    {0x0251, 0x0251, 1, 10780},  {0x0252, 0x0252, 1, 10782}, {0x0253, 0x0253, 1, -210},   {0x0254, 0x0254, 1, -206},
-    {0x0256, 0x0257, 1, -205},   {0x0259, 0x0259, 1, -202},  {0x025B, 0x025B, 1, -203},   {0x025C, 0x025C, 1, 42319},
-    {0x0260, 0x0260, 1, -205},   {0x0261, 0x0261, 1, 42315}, {0x0263, 0x0263, 1, -207},   {0x0265, 0x0265, 1, 42280},
-    {0x0266, 0x0266, 1, 42308},  {0x0268, 0x0268, 1, -209},  {0x0269, 0x0269, 1, -211},   {0x026A, 0x026A, 1, 42308},
-    {0x026B, 0x026B, 1, 10743},  {0x026C, 0x026C, 1, 42305}, {0x026F, 0x026F, 1, -211},   {0x0271, 0x0271, 1, 10749},
-    {0x0272, 0x0272, 1, -213},   {0x0275, 0x0275, 1, -214},  {0x027D, 0x027D, 1, 10727},  {0x0280, 0x0280, 1, -218},
-    {0x0282, 0x0282, 1, 42307},  {0x0283, 0x0283, 1, -218},  {0x0287, 0x0287, 1, 42282},  {0x0288, 0x0288, 1, -218},
-    {0x0289, 0x0289, 1, -69},    {0x028A, 0x028B, 1, -217},  {0x028C, 0x028C, 1, -71},    {0x0292, 0x0292, 1, -219},
-    {0x029D, 0x029D, 1, 42261},  {0x029E, 0x029E, 1, 42258}, {0x0345, 0x0345, 1, 84},     {0x0371, 0x0373, 2, -1},
-    {0x0377, 0x0377, 1, -1},     {0x037B, 0x037D, 1, 130},   {0x03AC, 0x03AC, 1, -38},    {0x03AD, 0x03AF, 1, -37},
-    {0x03B1, 0x03C1, 1, -32},    {0x03C2, 0x03C2, 1, -31},   {0x03C3, 0x03CB, 1, -32},    {0x03CC, 0x03CC, 1, -64},
-    {0x03CD, 0x03CE, 1, -63},    {0x03D0, 0x03D0, 1, -62},   {0x03D1, 0x03D1, 1, -57},    {0x03D5, 0x03D5, 1, -47},
-    {0x03D6, 0x03D6, 1, -54},    {0x03D7, 0x03D7, 1, -8},    {0x03D9, 0x03EF, 2, -1},     {0x03F0, 0x03F0, 1, -86},
-    {0x03F1, 0x03F1, 1, -80},    {0x03F2, 0x03F2, 1, 7},     {0x03F3, 0x03F3, 1, -116},   {0x03F5, 0x03F5, 1, -96},
-    {0x03F8, 0x03F8, 1, -1},     {0x03FB, 0x03FB, 1, -1},    {0x0430, 0x044F, 1, -32},    {0x0450, 0x045F, 1, -80},
-    {0x0461, 0x0481, 2, -1},     {0x048B, 0x04BF, 2, -1},    {0x04C2, 0x04CE, 2, -1},     {0x04CF, 0x04CF, 1, -15},
-    {0x04D1, 0x052F, 2, -1},     {0x0561, 0x0586, 1, -48},   {0x10D0, 0x10FA, 1, 3008},   {0x10FD, 0x10FF, 1, 3008},
-    {0x13F8, 0x13FD, 1, -8},     {0x1C80, 0x1C80, 1, -6254}, {0x1C81, 0x1C81, 1, -6253},  {0x1C82, 0x1C82, 1, -6244},
-    {0x1C83, 0x1C84, 1, -6242},  {0x1C85, 0x1C85, 1, -6243}, {0x1C86, 0x1C86, 1, -6236},  {0x1C87, 0x1C87, 1, -6181},
-    {0x1C88, 0x1C88, 1, 35266},  {0x1D79, 0x1D79, 1, 35332}, {0x1D7D, 0x1D7D, 1, 3814},   {0x1D8E, 0x1D8E, 1, 35384},
-    {0x1E01, 0x1E95, 2, -1},     {0x1E9B, 0x1E9B, 1, -59},   {0x1EA1, 0x1EFF, 2, -1},     {0x1F00, 0x1F07, 1, 8},
-    {0x1F10, 0x1F15, 1, 8},      {0x1F20, 0x1F27, 1, 8},     {0x1F30, 0x1F37, 1, 8},      {0x1F40, 0x1F45, 1, 8},
-    {0x1F51, 0x1F57, 2, 8},      {0x1F60, 0x1F67, 1, 8},     {0x1F70, 0x1F71, 1, 74},     {0x1F72, 0x1F75, 1, 86},
-    {0x1F76, 0x1F77, 1, 100},    {0x1F78, 0x1F79, 1, 128},   {0x1F7A, 0x1F7B, 1, 112},    {0x1F7C, 0x1F7D, 1, 126},
-    {0x1FB0, 0x1FB1, 1, 8},      {0x1FBE, 0x1FBE, 1, -7205}, {0x1FD0, 0x1FD1, 1, 8},      {0x1FE0, 0x1FE1, 1, 8},
-    {0x1FE5, 0x1FE5, 1, 7},      {0x214E, 0x214E, 1, -28},   {0x2170, 0x217F, 1, -16},    {0x2184, 0x2184, 1, -1},
-    {0x24D0, 0x24E9, 1, -26},    {0x2C30, 0x2C5F, 1, -48},   {0x2C61, 0x2C61, 1, -1},     {0x2C65, 0x2C65, 1, -10795},
-    {0x2C66, 0x2C66, 1, -10792}, {0x2C68, 0x2C6C, 2, -1},    {0x2C73, 0x2C73, 1, -1},     {0x2C76, 0x2C76, 1, -1},
-    {0x2C81, 0x2CE3, 2, -1},     {0x2CEC, 0x2CEE, 2, -1},    {0x2CF3, 0x2CF3, 1, -1},     {0x2D00, 0x2D25, 1, -7264},
-    {0x2D27, 0x2D27, 1, -7264},  {0x2D2D, 0x2D2D, 1, -7264}, {0xA641, 0xA66D, 2, -1},     {0xA681, 0xA69B, 2, -1},
-    {0xA723, 0xA72F, 2, -1},     {0xA733, 0xA76F, 2, -1},    {0xA77A, 0xA77C, 2, -1},     {0xA77F, 0xA787, 2, -1},
-    {0xA78C, 0xA78C, 1, -1},     {0xA791, 0xA793, 2, -1},    {0xA794, 0xA794, 1, 48},     {0xA797, 0xA7A9, 2, -1},
-    {0xA7B5, 0xA7C3, 2, -1},     {0xA7C8, 0xA7CA, 2, -1},    {0xA7D1, 0xA7D1, 1, -1},     {0xA7D7, 0xA7D9, 2, -1},
-    {0xA7F6, 0xA7F6, 1, -1},     {0xAB53, 0xAB53, 1, -928},  {0xAB70, 0xABBF, 1, -38864}, {0xFF41, 0xFF5A, 1, -32}};
-
-// The upper-case form of every code unit, expanded once from the ranges.
-const std::array<char16_t, 0x10000>& UpperCaseTable() {
-  static const auto table = [] {
-    std::array<char16_t, 0x10000> t{};
-    std::iota(t.begin(), t.end(), char16_t{0});
-    for (const TCaseRange& r : kUpperCaseRanges)
-      for (uint32_t c = r.First; c <= r.Last; c += r.Step)
-        t[c] = static_cast<char16_t>(static_cast<int32_t>(c) + r.Delta);
-    return t;
-  }();
-  return table;
-}
-
-int Sign(int64_t v) { return (v > 0) - (v < 0); }
-
-// Ordinal comparison of code units.
-int CompareOrdinal(UnicodeStringView a, UnicodeStringView b) { return Sign(a.compare(b)); }
-
-// Ordinal comparison after upper-casing each code unit; surrogates stay as
-// they are, so only the BMP is folded.
-int CompareFolded(UnicodeStringView a, UnicodeStringView b) {
-  const auto& upper = UpperCaseTable();
-  const size_t n = std::min(a.size(), b.size());
-  for (size_t i = 0; i < n; ++i) {
-    const int diff = upper[a[i]] - upper[b[i]];
-    if (diff != 0) return Sign(diff);
-  }
-  return Sign(static_cast<int64_t>(a.size()) - static_cast<int64_t>(b.size()));
 }
 
 bool IsBlank(Char c) { return c >= 1 && c <= u' '; }
@@ -209,6 +123,25 @@ void ReplaceEncoding(TEncoding*& slot, TEncoding* encoding) {
   TEncoding* next = encoding == nullptr || TEncoding::IsStandardEncoding(encoding) ? encoding : encoding->Clone();
   if (!TEncoding::IsStandardEncoding(slot)) delete slot;
   slot = next;
+}
+
+// The positions 0..n-1 ordered by their sort keys, which lie one after the
+// other in `keys`, key i ending at ends[i]. Equal keys keep their order.
+std::vector<int> OrderByKeys(std::string_view keys, const std::vector<size_t>& ends) {
+  struct TKeyed {
+    std::string_view Key;
+    int Index;
+  };
+  std::vector<TKeyed> keyed;
+  keyed.reserve(ends.size());
+  size_t start = 0;
+  for (size_t i = 0; i < ends.size(); start = ends[i++])
+    keyed.push_back({keys.substr(start, ends[i] - start), static_cast<int>(i)});
+  std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return a.Key < b.Key; });
+  std::vector<int> order;
+  order.reserve(keyed.size());
+  for (const TKeyed& k : keyed) order.push_back(k.Index);
+  return order;
 }
 
 // Holds a list in its update state for one scope.
@@ -451,10 +384,9 @@ UnicodeStringView TStrings::ExtractValue(UnicodeStringView line) const {
 
 void TStrings::LoadFromStream(TStream& stream, TEncoding* encoding) {
   TUpdateScope update(*this);
-  const auto size = static_cast<size_t>(std::max<int64_t>(stream.GetSize() - stream.GetPosition(), 0));
-  const auto buffer = std::make_unique_for_overwrite<uint8_t[]>(size);
-  stream.ReadBuffer(buffer.get(), static_cast<int64_t>(size));
-  const TByteSpan bytes(buffer.get(), size);
+  Streams::TMemoryStream content;
+  content.LoadFromPosition(stream);
+  const TByteSpan bytes(content.Memory(), static_cast<size_t>(content.GetSize()));
   const int mark = TEncoding::GetBufferEncoding(bytes, encoding, FDefaultEncoding);
   // Decoded before the swap: `encoding` may be the list's own clone, which
   // ReplaceEncoding frees.
@@ -519,7 +451,13 @@ void TStrings::SetValue(const UnicodeString& name, const UnicodeString& value) {
   if (index >= 0)
     Put(index, line);
   else
-    Add(line);
+    AppendLine(line);
+}
+
+void TStrings::AppendLine(const UnicodeString& line) {
+  // Inserted at the end rather than added: a sorted list refuses that, as it
+  // refuses Put, instead of filing the line at some other place.
+  Insert(GetCount(), line);
 }
 
 UnicodeString TStrings::GetValueFromIndex(int index) const {
@@ -532,13 +470,15 @@ void TStrings::SetValueFromIndex(int index, const UnicodeString& value) {
     return;
   }
   if (index < 0) {
-    Add(FNameValueSeparator + value);
+    AppendLine(FNameValueSeparator + value);
     return;
   }
   Put(index, UnicodeString(ExtractName(Get(index))) + FNameValueSeparator + value);
 }
 
-int TStrings::CompareStrings(UnicodeStringView a, UnicodeStringView b) const { return CompareFolded(a, b); }
+int TStrings::CompareStrings(UnicodeStringView a, UnicodeStringView b) const {
+  return Platform::Collate(Platform::UserCollator(true), a, b);
+}
 
 // ---------------------------------------------------------------- TStringList
 
@@ -643,22 +583,42 @@ int TStringList::AddObject(UnicodeString s, TObject* object) {
   return index;
 }
 
+bool TStringList::OwnsOrder() const {
+  // A subclass may order lines its own way in CompareStrings.
+  return typeid(*this) == typeid(TStringList);
+}
+
+template <typename Body>
+auto TStringList::WithComparison(const Body& body) const {
+  if (!OwnsOrder()) return body([this](UnicodeStringView a, UnicodeStringView b) { return CompareStrings(a, b); });
+  // One collator for the whole operation, rather than one look-up per pair.
+  const Platform::Collator collator = Platform::UserCollator(!FCaseSensitive);
+  return body([&](UnicodeStringView a, UnicodeStringView b) { return Platform::Collate(collator, a, b); });
+}
+
 int TStringList::IndexOf(const UnicodeString& s) const {
   int index = -1;
   if (FSorted) return Find(s, index) ? index : -1;
   // Compares in place: the base would copy every line through Get.
-  const auto found = std::find_if(FList.begin(), FList.end(),
-                                  [&](const TStringItem& item) { return CompareStrings(item.FString, s) == 0; });
-  return found == FList.end() ? -1 : static_cast<int>(found - FList.begin());
+  return WithComparison([&](const auto& compare) {
+    const auto found = std::find_if(FList.begin(), FList.end(),
+                                    [&](const TStringItem& item) { return compare(item.FString, s) == 0; });
+    return found == FList.end() ? -1 : static_cast<int>(found - FList.begin());
+  });
 }
 
 bool TStringList::Find(const UnicodeString& s, int& index) const {
+  return WithComparison([&](const auto& compare) { return BinarySearch(compare, s, index); });
+}
+
+template <typename Compare>
+bool TStringList::BinarySearch(const Compare& compare, const UnicodeString& s, int& index) const {
   bool found = false;
   int low = 0;
   int high = GetCount() - 1;
   while (low <= high) {
     const int mid = low + (high - low) / 2;
-    const int order = CompareStrings(FList[static_cast<size_t>(mid)].FString, s);
+    const int order = compare(FList[static_cast<size_t>(mid)].FString, s);
     if (order < 0) {
       low = mid + 1;
     } else {
@@ -675,10 +635,27 @@ bool TStringList::Find(const UnicodeString& s, int& index) const {
 }
 
 void TStringList::Sort() {
+  // This class's own order sorts faster by keys made once per line.
+  if (OwnsOrder()) {
+    if (!FSorted && FList.size() >= 2) SortByKeys();
+    return;
+  }
   CustomSort([](TStringList& list, int index1, int index2) {
     return list.CompareStrings(list.FList[static_cast<size_t>(index1)].FString,
                                list.FList[static_cast<size_t>(index2)].FString);
   });
+}
+
+void TStringList::SortByKeys() {
+  const Platform::Collator collator = Platform::UserCollator(!FCaseSensitive);
+  std::string keys;
+  std::vector<size_t> ends;
+  ends.reserve(FList.size());
+  for (const TStringItem& item : FList) {
+    Platform::AppendCollationKey(collator, item.FString, keys);
+    ends.push_back(keys.size());
+  }
+  Reorder(OrderByKeys(keys, ends));
 }
 
 void TStringList::CustomSort(const TStringListSortCompare& compare) {
@@ -688,6 +665,10 @@ void TStringList::CustomSort(const TStringListSortCompare& compare) {
   std::vector<int> order(FList.size());
   std::iota(order.begin(), order.end(), 0);
   std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return compare(*this, a, b) < 0; });
+  Reorder(order);
+}
+
+void TStringList::Reorder(const std::vector<int>& order) {
   std::vector<TStringItem> sorted;
   sorted.reserve(FList.capacity());
   for (int i : order) sorted.push_back(std::move(FList[static_cast<size_t>(i)]));
@@ -709,7 +690,7 @@ void TStringList::SetCaseSensitive(bool caseSensitive) {
 }
 
 int TStringList::CompareStrings(UnicodeStringView a, UnicodeStringView b) const {
-  return FCaseSensitive ? CompareOrdinal(a, b) : CompareFolded(a, b);
+  return Platform::Collate(Platform::UserCollator(!FCaseSensitive), a, b);
 }
 
 }  // namespace Quorvex::Rtl::Classes

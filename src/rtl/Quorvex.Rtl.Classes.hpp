@@ -163,7 +163,7 @@ class QXRTL_API TStrings : public TPersistent {
 
   // --- Searching.
 
-  // Index of the first line matching `s` under CompareStrings, or -1.
+  // Index of the first line equal to `s` under CompareStrings, or -1.
   virtual int IndexOf(const UnicodeString& s) const;
   // Index of the first line whose name matches `name` under
   // CompareStrings, or -1. Lines without a separator have no name.
@@ -254,13 +254,14 @@ class QXRTL_API TStrings : public TPersistent {
   // no line has that name.
   UnicodeString GetValue(const UnicodeString& name) const;
   // Sets the value of the line named `name`: an empty value deletes the
-  // line, a missing name adds "name=value".
+  // line, a missing name appends "name=value" (Insert at Count, so a sorted
+  // list raises EStringListError as for any positional change).
   void SetValue(const UnicodeString& name, const UnicodeString& value);
   // The text after the first separator of line `index` ("" when the line
   // has no separator or `index` is negative).
   UnicodeString GetValueFromIndex(int index) const;
   // Replaces the value of line `index` keeping its name; an empty value
-  // deletes the line, a negative index adds "=value".
+  // deletes the line, a negative index appends "=value" as SetValue does.
   void SetValueFromIndex(int index, const UnicodeString& value);
 
   // --- Settings of the text forms.
@@ -280,10 +281,12 @@ class QXRTL_API TStrings : public TPersistent {
   void SetWriteBOM(bool writeBOM) { FWriteBOM = writeBOM; }
 
  protected:
-  // Orders two lines for searching: <0, 0 or >0. The base ignores case.
+  // Orders two lines for searching: <0, 0 or >0. The base uses the user's
+  // locale collation ignoring case (accents still count).
   virtual int CompareStrings(UnicodeStringView a, UnicodeStringView b) const;
 
  private:
+  void AppendLine(const UnicodeString& line);
   size_t TotalLength() const;
   UnicodeString JoinDelimited(Char delimiter, Char quoteChar) const;
   UnicodeStringView ExtractName(UnicodeStringView line) const;
@@ -331,9 +334,13 @@ class TStringList;
 using TStringListSortCompare = std::function<int(TStringList& list, int index1, int index2)>;
 
 // The array-backed string list. Adding is amortised O(1) on an unsorted
-// list. A sorted list keeps its lines in CompareStrings order, finds them by
-// binary search and refuses positional changes (Insert, Put, Move) with
-// EStringListError "Operation not allowed on sorted list".
+// list. Lines are compared by the user's locale collation (an accented
+// letter sorts next to its base letter), ignoring case unless
+// CaseSensitive. A sorted list keeps
+// its lines in CompareStrings order, finds them by binary search and
+// refuses positional changes (Insert, Put, Move, setting the value of a
+// missing name) with EStringListError "Operation not allowed on sorted
+// list".
 class QXRTL_API TStringList : public TStrings {
   QX_CLASS(TStringList, TStrings, "Quorvex.Rtl.Classes")
  public:
@@ -368,7 +375,8 @@ class QXRTL_API TStringList : public TStrings {
   // found; `index` receives its index, or where it would be inserted.
   // Unless duplicates are accepted, a match ends the search at once.
   bool Find(const UnicodeString& s, int& index) const;
-  // Sorts by CompareStrings. Does nothing on a sorted list.
+  // Sorts by CompareStrings, keeping equal lines in their order. Does
+  // nothing on a sorted list.
   void Sort();
   // Sorts by `compare`, which sees the list in its order before the sort.
   // Does nothing on a sorted list.
@@ -387,7 +395,7 @@ class QXRTL_API TStringList : public TStrings {
   void SetOwnsObjects(bool ownsObjects) { FOwnsObjects = ownsObjects; }
 
  protected:
-  // Ordinal code-unit order, or case-folded when not CaseSensitive.
+  // The user's locale collation; case counts only when CaseSensitive.
   int CompareStrings(UnicodeStringView a, UnicodeStringView b) const override;
 
  private:
@@ -399,6 +407,17 @@ class QXRTL_API TStringList : public TStrings {
   void CheckIndex(int index) const;
   void CheckUnsorted() const;
   void InsertItem(int index, UnicodeString s, TObject* object);
+  // True when lines follow this class's CompareStrings, not a subclass's.
+  bool OwnsOrder() const;
+  // Calls `body` with the comparison of CompareStrings, made once for the
+  // call, and answers its result.
+  template <typename Body>
+  auto WithComparison(const Body& body) const;
+  template <typename Compare>
+  bool BinarySearch(const Compare& compare, const UnicodeString& s, int& index) const;
+  void SortByKeys();
+  // Puts the lines in the order of `order`, a permutation of their indexes.
+  void Reorder(const std::vector<int>& order);
 
   std::vector<TStringItem> FList;
   bool FOwnsObjects = false;

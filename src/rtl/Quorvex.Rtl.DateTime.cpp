@@ -57,7 +57,12 @@ int64_t ToMilliseconds(TDateTime value) {
   if (!(value > MinDateTime - 1 && value < MaxDateTime + 1)) Exceptions::RaiseRangeError();
   const double days = std::trunc(value);
   const double fraction = std::fabs(value - days);
-  return static_cast<int64_t>(days) * MSecsPerDay + std::llround(fraction * MSecsPerDay);
+  const int64_t msecs = static_cast<int64_t>(days) * MSecsPerDay + std::llround(fraction * MSecsPerDay);
+  // The last half millisecond of 9999-12-31 rounds into a year of five
+  // digits, which is out of range like the values beyond it.
+  constexpr int64_t kEnd = (static_cast<int64_t>(MaxDateTime) + 1) * MSecsPerDay;
+  if (msecs >= kEnd) Exceptions::RaiseRangeError();
+  return msecs;
 }
 
 TDateTime FromMilliseconds(int64_t msecs) {

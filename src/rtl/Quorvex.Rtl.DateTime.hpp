@@ -55,11 +55,11 @@ QXRTL_API TDateTime EncodeTime(int hour, int minute, int second, int msec);
 QXRTL_API TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec);
 
 // Splits a value into its parts, to the nearest millisecond. Raise
-// ERangeError for a value outside MinDateTime..MaxDateTime (or NaN).
+// ERangeError for a value outside MinDateTime..MaxDateTime (or NaN), and
+// for one that rounds past the last millisecond of MaxDateTime.
 QXRTL_API void DecodeDate(TDateTime value, int& year, int& month, int& day);
 QXRTL_API void DecodeTime(TDateTime value, int& hour, int& minute, int& second, int& msec);
-QXRTL_API void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second,
-                              int& msec);
+QXRTL_API void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second, int& msec);
 
 // Day of the week, 1 = Sunday ... 7 = Saturday; raises as DecodeDate.
 QXRTL_API int DayOfWeek(TDateTime value);

@@ -43,7 +43,11 @@ void* TObject::FindInterface(const TGUID&) { return nullptr; }
 
 UnicodeString TObject::ToString() const { return ClassName(); }
 
+void TObject::AfterConstruction() {}
+
 void TObject::BeforeDestruction() {}
+
+void TObject::BeginDestruction() {}
 
 std::recursive_mutex& TObject::Monitor() {
   std::recursive_mutex* lock = FMonitor.load(std::memory_order_acquire);
@@ -59,6 +63,7 @@ std::recursive_mutex& TObject::Monitor() {
 
 void FreeObject(TObject* obj) {
   if (obj == nullptr) return;
+  obj->BeginDestruction();
   obj->BeforeDestruction();
   delete obj;
 }
@@ -79,17 +84,25 @@ int32_t TInterfacedObject::QueryInterface(const TGUID& iid, void** obj) {
   return QueryInterfaceOf(this, this, iid, obj);
 }
 
-int32_t TInterfacedObject::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+int32_t TInterfacedObject::_AddRef() { return (FRefCount.fetch_add(1, std::memory_order_relaxed) + 1) & ~kDestroying; }
 
 int32_t TInterfacedObject::_Release() {
   const int32_t count = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
   if (count == 0) FreeObject(this);
-  return count;
+  return count & ~kDestroying;
 }
 
-void TInterfacedObject::BeforeDestruction() {
-  if (RefCount() != 0) Exceptions::RaiseInvalidPointer();
-  inherited::BeforeDestruction();
+void TInterfacedObject::AfterConstruction() {
+  FRefCount.fetch_sub(1, std::memory_order_release);
+  inherited::AfterConstruction();
+}
+
+void TInterfacedObject::BeginDestruction() {
+  int32_t count = 0;
+  // A free that an earlier, refused BeforeDestruction left marked may go on.
+  if (!FRefCount.compare_exchange_strong(count, kDestroying, std::memory_order_acq_rel) && count != kDestroying)
+    Exceptions::RaiseInvalidPointer();
+  inherited::BeginDestruction();
 }
 
 void* TInterfacedObject::FindInterface(const TGUID& iid) {

@@ -109,11 +109,18 @@ class QXRTL_API TClassInfo {
   TFactory FFactory;
 };
 
+// Makes a T with `new` and then runs its AfterConstruction, which a class
+// relies on to finish construction (a counted object drops the reference
+// that kept it alive while its constructors ran). An exception from a
+// constructor passes on and nothing is left allocated.
+template <typename T, typename... Args>
+T* CreateObject(Args&&... args);
+
 namespace Detail {
 template <typename T>
 constexpr TClassInfo::TFactory DefaultFactory() {
   if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>)
-    return +[]() -> TObject* { return new T(); };
+    return +[]() -> TObject* { return CreateObject<T>(); };
   else
     return nullptr;
 }
@@ -159,12 +166,23 @@ class QXRTL_API TObject {
   // The class name, unless a class has something better to say.
   virtual UnicodeString ToString() const;
 
+  // Runs once the constructors of the whole object have, when it is made
+  // through CreateObject (or its class's Create); overrides call the
+  // inherited one and must not raise.
+  virtual void AfterConstruction();
+
   // Runs just before the destructor chain when the object is freed through
   // FreeObject or its last interface reference; it may still call virtual
   // members of the whole object. Raising here leaves the object alive.
   virtual void BeforeDestruction();
 
+ protected:
+  // The first step of FreeObject, before BeforeDestruction: an object may
+  // refuse to be freed here by raising, and nothing of it is touched then.
+  virtual void BeginDestruction();
+
  private:
+  friend QXRTL_API void FreeObject(TObject* obj);
   friend QXRTL_API void MonitorEnter(TObject& obj);
   friend QXRTL_API void MonitorExit(TObject& obj);
 
@@ -178,6 +196,13 @@ class QXRTL_API TObject {
 // Runs obj->BeforeDestruction(), then deletes it; nothing for nullptr. An
 // exception from BeforeDestruction passes on and the object is not deleted.
 QXRTL_API void FreeObject(TObject* obj);
+
+template <typename T, typename... Args>
+T* CreateObject(Args&&... args) {
+  T* obj = new T(std::forward<Args>(args)...);
+  obj->AfterConstruction();
+  return obj;
+}
 
 // Enters the monitor lock of `obj`, waiting as long as it takes. The lock
 // is re-entrant: a thread may enter it again and must leave it as often.
@@ -247,8 +272,13 @@ void* FindInTable(Self* self, const TGUID& iid) {
                                                                                                                    \
  private:
 
-// A reference-counted object: it starts with a count of zero, the first
+// A reference-counted object, made only by CreateObject: the first
 // interface reference holds it, and it frees itself when the last goes.
+// Its constructors run with a count of one, so handing `this` out as an
+// interface there and dropping it again does not free a half-made object;
+// the count drops to zero after construction without freeing. Once it is
+// being destroyed, references taken and dropped (in BeforeDestruction or a
+// destructor) never free it a second time.
 class QXRTL_API TInterfacedObject : public TObject, public virtual IInterface {
   QX_CLASS(TInterfacedObject, TObject, "Quorvex.Rtl.Objects")
  public:
@@ -257,14 +287,33 @@ class QXRTL_API TInterfacedObject : public TObject, public virtual IInterface {
   int32_t _Release() override;
   void* FindInterface(const TGUID& iid) override;
 
+  // Drops the reference held during construction, leaving the count at zero.
+  void AfterConstruction() override;
+
+  // The number of interface references held now.
+  int32_t RefCount() const { return FRefCount.load(std::memory_order_acquire) & ~kDestroying; }
+
+  // Frees the memory of a destroyed object, or of one whose constructor raised.
+  static void operator delete(void* memory) { ::operator delete(memory); }
+
+ protected:
+  // A plain `new` would leave the construction reference in place for
+  // good, so counted objects are made through CreateObject only.
+  static void* operator new(size_t size) { return ::operator new(size); }
+
   // Raises EInvalidPointer "Invalid pointer operation" while interface
   // references still hold the object (FreeObject on a counted object).
-  void BeforeDestruction() override;
-
-  int32_t RefCount() const { return FRefCount.load(std::memory_order_acquire); }
+  void BeginDestruction() override;
 
  private:
-  std::atomic<int32_t> FRefCount{0};
+  template <typename T, typename... Args>
+  friend T* CreateObject(Args&&... args);
+
+  // Set in the count while the object is being destroyed: references then
+  // move the count around this mark and never bring it back to zero.
+  static constexpr int32_t kDestroying = INT32_MIN;
+
+  std::atomic<int32_t> FRefCount{1};
 };
 
 // Answers QueryInterface for `self` from its FindInterface, taking a

@@ -21,6 +21,10 @@ static_assert(fmOpenRead == Platform::fmOpenRead && fmOpenWrite == Platform::fmO
 // per-call cost vanishes, small enough not to matter as memory.
 constexpr int64_t kCopyBufferSize = int64_t{1} << 20;
 
+// The most memory a load reserves on a stream's word about its size;
+// beyond it, memory grows as the bytes arrive.
+constexpr int64_t kTrustedReserve = int64_t{64} << 20;
+
 // Memory streams grow in whole blocks of this size.
 constexpr int64_t kMemoryBlock = 8192;
 
@@ -197,10 +201,21 @@ void TMemoryStream::Clear() {
 
 void TMemoryStream::LoadFromStream(TStream& stream) {
   stream.SetPosition(0);
-  const int64_t size = stream.GetSize();
+  LoadFromPosition(stream);
+}
+
+void TMemoryStream::LoadFromPosition(TStream& stream) {
+  const int64_t size = std::max<int64_t>(stream.GetSize() - stream.GetPosition(), 0);
   FPosition = 0;
-  SetSize(size);
-  stream.ReadBuffer(FMemory, size);
+  SetSize(0);
+  const int64_t reserve = std::min(size, kTrustedReserve);
+  if (reserve > FCapacity) SetCapacity(reserve);
+  while (FSize < size) {
+    const int64_t chunk = std::min(size - FSize, kCopyBufferSize);
+    if (FSize + chunk > FCapacity) Grow(FSize + chunk);
+    stream.ReadBuffer(FMemory + FSize, chunk);
+    FSize += chunk;
+  }
 }
 
 void TMemoryStream::LoadFromFile(UnicodeStringView fileName) {

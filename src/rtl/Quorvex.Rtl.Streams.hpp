@@ -158,6 +158,12 @@ class QXRTL_API TMemoryStream : public TCustomMemoryStream {
   // TFileStream do.
   void LoadFromStream(TStream& stream);
   void LoadFromFile(UnicodeStringView fileName);
+  // Replaces the content with what `stream` holds from its position to
+  // the end its size tells; the position goes back to 0. The size is not
+  // trusted with memory: what is reserved grows with the bytes actually
+  // read, so a stream that overstates it raises EReadError "Stream read
+  // error" instead of exhausting memory.
+  void LoadFromPosition(TStream& stream);
 
  protected:
   // Moves the content to storage of `capacity` bytes and answers it.

@@ -5,70 +5,13 @@
 #include <cmath>
 #include <limits>
 
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 
 namespace Quorvex::Rtl::Strings {
 
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-// Decodes one UTF-8 sequence at `i`, advancing it; malformed input yields
-// U+FFFD and consumes one byte so decoding always makes progress.
-char32_t DecodeUtf8(std::string_view text, size_t& i) {
-  const auto lead = static_cast<unsigned char>(text[i++]);
-  if (lead < 0x80) return lead;
-  int extra;
-  char32_t cp;
-  if ((lead & 0xE0) == 0xC0) {
-    extra = 1, cp = lead & 0x1F;
-  } else if ((lead & 0xF0) == 0xE0) {
-    extra = 2, cp = lead & 0x0F;
-  } else if ((lead & 0xF8) == 0xF0) {
-    extra = 3, cp = lead & 0x07;
-  } else {
-    return kReplacement;
-  }
-  if (i + static_cast<size_t>(extra) > text.size()) return kReplacement;
-  for (int k = 0; k < extra; ++k) {
-    const auto next = static_cast<unsigned char>(text[i + static_cast<size_t>(k)]);
-    if ((next & 0xC0) != 0x80) return kReplacement;
-    cp = (cp << 6) | (next & 0x3F);
-  }
-  static constexpr char32_t kMinimum[] = {0, 0x80, 0x800, 0x10000};
-  if (cp < kMinimum[extra] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return kReplacement;
-  i += static_cast<size_t>(extra);
-  return cp;
-}
-
-void AppendUtf16(UnicodeString& out, char32_t cp) {
-  if (cp < 0x10000) {
-    out.push_back(static_cast<Char>(cp));
-  } else {
-    cp -= 0x10000;
-    out.push_back(static_cast<Char>(0xD800 + (cp >> 10)));
-    out.push_back(static_cast<Char>(0xDC00 + (cp & 0x3FF)));
-  }
-}
-
-void AppendUtf8(std::string& out, char32_t cp) {
-  if (cp < 0x80) {
-    out.push_back(static_cast<char>(cp));
-  } else if (cp < 0x800) {
-    out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-    out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-  } else if (cp < 0x10000) {
-    out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-    out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-  } else {
-    out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-    out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-  }
-}
 
 bool IsBlankOrControl(Char c) { return c <= u' '; }
 
@@ -77,28 +20,9 @@ Char AsciiLower(Char c) { return (c >= u'A' && c <= u'Z') ? static_cast<Char>(c 
 
 }  // namespace
 
-UnicodeString Utf8ToUtf16(std::string_view text) {
-  UnicodeString out;
-  out.reserve(text.size());
-  for (size_t i = 0; i < text.size();) AppendUtf16(out, DecodeUtf8(text, i));
-  return out;
-}
+UnicodeString Utf8ToUtf16(std::string_view text) { return Platform::Utf8ToUtf16(text); }
 
-std::string Utf16ToUtf8(UnicodeStringView text) {
-  std::string out;
-  out.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    char32_t cp = text[i];
-    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-      cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
-      ++i;
-    } else if (cp >= 0xD800 && cp <= 0xDFFF) {
-      cp = kReplacement;
-    }
-    AppendUtf8(out, cp);
-  }
-  return out;
-}
+std::string Utf16ToUtf8(UnicodeStringView text) { return Platform::Utf16ToUtf8(text); }
 
 UnicodeString TrimLeft(UnicodeStringView s) {
   size_t first = 0;

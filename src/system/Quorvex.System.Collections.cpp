@@ -7,7 +7,7 @@ TInterfacedStringList::TInterfacedStringList(bool ownsObjects) : FStrings(std::m
 TInterfacedStringList::~TInterfacedStringList() = default;
 
 IntfPtr<IStrings> TInterfacedStringList::Create(bool ownsObjects) {
-  return IntfPtr<IStrings>(new TInterfacedStringList(ownsObjects));
+  return IntfPtr<IStrings>(Rtl::Objects::CreateObject<TInterfacedStringList>(ownsObjects));
 }
 
 UnicodeString TInterfacedStringList::GetCommaText() { return FStrings->GetCommaText(); }

@@ -115,7 +115,7 @@ void TExceptionInfo::CaptureFrom(const std::exception& error) {
   }
   if (!inner)
     if (const auto* nested = dynamic_cast<const std::nested_exception*>(&error)) inner = nested->nested_ptr();
-  if (inner) FInnerInfo = new TExceptionInfo(inner);
+  if (inner) FInnerInfo = Rtl::Objects::CreateObject<TExceptionInfo>(inner);
 }
 
 }  // namespace Quorvex::System::ExceptionInfo

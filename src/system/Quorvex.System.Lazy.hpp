@@ -68,7 +68,7 @@ class Lazy {
  public:
   // A default-constructed T, made on first use.
   Lazy() : Lazy([] { return T(); }) {}
-  explicit Lazy(std::function<T()> factory) : FLazy(new TLazy<T>(std::move(factory))) {}
+  explicit Lazy(std::function<T()> factory) : FLazy(Rtl::Objects::CreateObject<TLazy<T>>(std::move(factory))) {}
 
   bool IsValueCreated() const { return FLazy->IsValueCreated(); }
   // Makes the value if needed; see TLazy::Value for failures.

@@ -39,8 +39,8 @@ class QXRTL_API TWeakReferencedObject : public TInterfacedObject, public IWeakRe
   // registration instead, which then is not nilled. Callers must only
   // remove what they added. Nothing happens on an empty list.
   void RemoveWeakRef(void* p) override;
-  // Writes nullptr into every registered variable, then checks the count
-  // as the base does.
+  // Writes nullptr into every registered variable. Runs only once the
+  // object is really going: a refused FreeObject leaves them alone.
   void BeforeDestruction() override;
 
  private:

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <vector>
 
 #include "Quorvex.Platform.Net.hpp"
 #include "Quorvex.Utils.Path.hpp"
@@ -24,12 +25,19 @@ static_assert(std::size(kOptionFlags) == static_cast<size_t>(ueoEscapeSegmentOnl
 constexpr UnicodeStringView kVerifyPattern =
     uR"(^(?#Protocol)(?:(?:ht|f)tp(?:s?)\:\/\/|~\/|\/)?(?#Username:Password)(?:\w+(:\w+)?@)?(?#Subdomains)((?:(?:[0-9]|[1-9]\d|1\d{2}|2[0-4]\d|25[0-5])\.){3}(?:[0-9]|[1-9]\d|1\d{2}|2[0-4]\d|25[0-5])|(?:(?:[-\w]+\.)+(?#TopLevel Domains)(?:com|org|net|gov|mil|biz|info|mobi|name|aero|jobs|museum|travel|[a-z]{2})))(?#Port)(?::[\d]{1,5})?(?#Directories)(?:(?:(?:\/(?:[-\w~!$+|.,\(\)=]|%[a-f\d]{2})+)+|\/)+|\?|#)?(?#Query)(?:(?:(\#&|\?)(?:[-\w~!$+|.,\(\)*:]|%[a-f\d{2}])+=?(?:[-\w~!$+|.,\(\)*:=]|%[a-f\d]{2})*)(?:&(?:[-\w~!$+|.,*:]|%[a-f\d{2}])+=?(?:[-\w~!$+|.,*:=]|%[a-f\d]{2})*)*)*(?#Anchor)(?:#(?:[-\w~!$+|.,*:=]|%[a-f\d]{2})*)?$)";
 
-// The pattern nests unbounded repeats, so a long hostile text could
-// backtrack for minutes. These bounds stop such a match early (answering
-// false) while any URL of realistic length stays far below them.
-constexpr uint32_t kMatchLimit = 1'000'000;
-constexpr uint32_t kDepthLimit = 100'000;
-constexpr uint32_t kHeapLimitKiB = 64 * 1024;
+// Backtracking decides ordinary URLs fastest, but the pattern nests
+// unbounded repeats, over which it can take exponential time. So it gets a
+// small budget (well under a millisecond), and a text that exhausts it is
+// decided by the automaton matcher instead: the pattern has no
+// back-references, so that gives the same answers, in time linear in the
+// text. The automaton only counts nested calls, which this pattern never
+// makes; its limits are lifted so that no answer depends on one.
+constexpr uint32_t kBacktrackBudget = 10'000;
+constexpr uint32_t kNoLimit = UINT32_MAX;
+
+// Scratch space of the automaton, in ints: room for its active states,
+// which the pattern's size bounds. A call that needs more doubles it.
+constexpr size_t kInitialWorkspace = 1024;
 
 struct TCodeDeleter {
   void operator()(pcre2_code* code) const { pcre2_code_free(code); }
@@ -40,29 +48,51 @@ struct TMatchContextDeleter {
 struct TMatchDataDeleter {
   void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
 };
+using TMatchContext = std::unique_ptr<pcre2_match_context, TMatchContextDeleter>;
 
-// The compiled pattern and its match limits. Both are only read once
+TMatchContext LimitedContext(uint32_t matchLimit) {
+  TMatchContext context(pcre2_match_context_create(nullptr));
+  if (!context) return context;
+  pcre2_set_match_limit(context.get(), matchLimit);
+  pcre2_set_depth_limit(context.get(), matchLimit);
+  return context;
+}
+
+// The compiled pattern and its two match settings. All are only read once
 // built, which the engine allows from any number of threads at once.
 struct TVerifier {
   std::unique_ptr<pcre2_code, TCodeDeleter> Code;
-  std::unique_ptr<pcre2_match_context, TMatchContextDeleter> Context;
+  TMatchContext Budgeted = LimitedContext(kBacktrackBudget);
+  TMatchContext Unlimited = LimitedContext(kNoLimit);
 
   TVerifier() {
     int error = 0;
     PCRE2_SIZE offset = 0;
     Code.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(kVerifyPattern.data()), kVerifyPattern.size(),
                              PCRE2_CASELESS | PCRE2_DOTALL, &error, &offset, nullptr));
-    Context.reset(pcre2_match_context_create(nullptr));
-    if (!Context) return;
-    pcre2_set_match_limit(Context.get(), kMatchLimit);
-    pcre2_set_depth_limit(Context.get(), kDepthLimit);
-    pcre2_set_heap_limit(Context.get(), kHeapLimitKiB);
   }
+
+  bool IsReady() const { return Code && Budgeted && Unlimited; }
 };
 
 const TVerifier& Verifier() {
   static const TVerifier verifier;
   return verifier;
+}
+
+bool IsLimitReached(int result) {
+  return result == PCRE2_ERROR_MATCHLIMIT || result == PCRE2_ERROR_DEPTHLIMIT || result == PCRE2_ERROR_HEAPLIMIT;
+}
+
+// Whether the whole of `subject` matches, decided by the automaton.
+bool MatchByAutomaton(const TVerifier& verifier, PCRE2_SPTR subject, size_t length, pcre2_match_data* data) {
+  std::vector<int> workspace(kInitialWorkspace);
+  for (;;) {
+    const int result = pcre2_dfa_match(verifier.Code.get(), subject, length, 0, 0, data, verifier.Unlimited.get(),
+                                       workspace.data(), workspace.size());
+    if (result != PCRE2_ERROR_DFA_WSSIZE) return result >= 0;
+    workspace.resize(workspace.size() * 2);
+  }
 }
 
 using TPlatformUrlFunction = bool (*)(std::u16string_view, uint32_t, std::u16string&);
@@ -137,16 +167,16 @@ UnicodeString TUrl::UnescapeURL(UnicodeStringView AURL, TURLEscapeOptions AOptio
 
 bool TUrl::VerifyUrl(UnicodeStringView AUrl) {
   const TVerifier& verifier = Verifier();
-  if (!verifier.Code || !verifier.Context) return false;
+  if (!verifier.IsReady()) return false;
   // Match data is per call: it is written during the match.
   const std::unique_ptr<pcre2_match_data, TMatchDataDeleter> data(
       pcre2_match_data_create_from_pattern(verifier.Code.get(), nullptr));
   if (!data) return false;
   // The engine refuses a null subject even when it is empty.
-  const char16_t* subject = AUrl.empty() ? u"" : AUrl.data();
-  // Any error, a hit limit included, is a "no".
-  return pcre2_match(verifier.Code.get(), reinterpret_cast<PCRE2_SPTR>(subject), AUrl.size(), 0, 0, data.get(),
-                     verifier.Context.get()) >= 0;
+  const auto subject = reinterpret_cast<PCRE2_SPTR>(AUrl.empty() ? u"" : AUrl.data());
+  const int result = pcre2_match(verifier.Code.get(), subject, AUrl.size(), 0, 0, data.get(), verifier.Budgeted.get());
+  if (!IsLimitReached(result)) return result >= 0;
+  return MatchByAutomaton(verifier, subject, AUrl.size(), data.get());
 }
 
 UnicodeStringView TUrl::VerifyPattern() { return kVerifyPattern; }

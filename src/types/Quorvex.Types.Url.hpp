@@ -91,8 +91,9 @@ struct QXRTL_API TUrl {
   static UnicodeString UnescapeURL(UnicodeStringView AURL, TURLEscapeOptions AOptions);
 
   // True when the whole text matches VerifyPattern, case-insensitively
-  // and with "." matching line breaks. Text too involved to decide within
-  // the engine's limits answers false. Never raises; safe on any thread.
+  // and with "." matching line breaks. Decided in time linear in the
+  // text's length, whatever it holds, and never cut short by a limit.
+  // Never raises; safe on any thread.
   static bool VerifyUrl(UnicodeStringView AUrl);
   // The regular expression of VerifyUrl.
   static UnicodeStringView VerifyPattern();

@@ -44,11 +44,12 @@ struct QXRTL_API gFile {
 
   // Creates or truncates the file and writes `text` in the encoding Load
   // reads, without a byte-order mark. Raises EFCreateError when the file
-  // cannot be created.
+  // cannot be created or has the read-only attribute (root included).
   static void Save(UnicodeStringView fileName, UnicodeStringView text);
 
-  // Renames the file; raises EFileException "Cannot rename file %s to %s;
-  // error: %d" on failure.
+  // Renames the file, moving it to another volume or file system when
+  // needed; never replaces an existing file. Raises EFileException "Cannot
+  // rename file %s to %s; error: %d" on failure, the source left as it was.
   static void Rename(UnicodeStringView oldName, UnicodeStringView newName);
 
   // Sets the Windows attribute bits; raises EFileException "Cannot set

@@ -11,9 +11,12 @@ namespace {
 
 // Calls `visit(path, attributes)` for each entry of `folder` other than
 // "." and "..", in the order the search returns them, until it returns
-// false. The search is closed however the walk ends.
+// false. The search is closed however the walk ends. A folder that does
+// not exist has no entries; checking first also keeps an empty name from
+// turning into the bare delimiter, which names the root.
 template <typename Visit>
 void ForEachEntry(UnicodeStringView folder, Visit visit) {
+  if (!gFolder::Exists(folder)) return;
   const UnicodeString prefix = Rtl::Files::IncludeTrailingPathDelimiter(folder);
   Rtl::Files::TSearchRec rec;
   if (Rtl::Files::FindFirst(prefix + u"*", Rtl::Files::faAnyFile, rec) != 0) return;
@@ -42,22 +45,42 @@ bool gFolder::IsEmpty(UnicodeStringView folder) {
 
 namespace {
 
-// Removes a link itself. Links are never followed: emptying a folder
+constexpr UnicodeStringView kFolderNotDeleted = u"Folder cannot not be deleted: %s; error code: %d";
+
+bool IsLink(uint32_t attributes) {
+  return attributes != Rtl::Files::faInvalid && (attributes & Rtl::Files::faSymLink) != 0;
+}
+
+// Removes a link itself (a link to a folder, a junction and a mount point
+// go as folders on Windows). Links are never followed: emptying a folder
 // through one would delete what lies outside the tree being removed.
+bool RemoveLinkItself(const UnicodeString& path, uint32_t attributes) {
+  return (attributes & Rtl::Files::faDirectory) != 0 ? Rtl::Files::RemoveDir(path) : Rtl::Files::DeleteFile(path);
+}
+
 void RemoveLink(const UnicodeString& path, uint32_t attributes) {
+  if (RemoveLinkItself(path, attributes)) return;
   if ((attributes & Rtl::Files::faDirectory) != 0) {
-    if (!Rtl::Files::RemoveDir(path))
-      Rtl::Exceptions::RaiseWithLastError<EFolderException>(u"Folder cannot not be deleted: %s; error code: %d", path);
-  } else if (!Rtl::Files::DeleteFile(path)) {
-    Rtl::Exceptions::RaiseWithLastError<Files::EFileException>(u"File cannot not be deleted: %s; error code: %d", path);
+    Rtl::Exceptions::RaiseWithLastError<EFolderException>(kFolderNotDeleted, path);
   }
+  Rtl::Exceptions::RaiseWithLastError<Files::EFileException>(u"File cannot not be deleted: %s; error code: %d", path);
+}
+
+// `folder` without the delimiters that end it. A trailing delimiter makes
+// the system look through a link, so it must go before asking whether the
+// name is a link. Roots ("/", "C:\") keep theirs.
+UnicodeString WithoutTrailingDelimiters(UnicodeStringView folder) {
+  while (folder.size() > 1 && folder.back() == Rtl::Files::PathDelim() && folder[folder.size() - 2] != u':') {
+    folder.remove_suffix(1);
+  }
+  return UnicodeString(folder);
 }
 
 }  // namespace
 
 void gFolder::Empty(UnicodeStringView folder) {
   ForEachEntry(folder, [](const UnicodeString& path, uint32_t attributes) {
-    if ((attributes & Rtl::Files::faSymLink) != 0) {
+    if (IsLink(attributes)) {
       RemoveLink(path, attributes);
     } else if ((attributes & Rtl::Files::faDirectory) != 0) {
       Delete(path);
@@ -70,10 +93,18 @@ void gFolder::Empty(UnicodeStringView folder) {
 
 void gFolder::Delete(UnicodeStringView folder) {
   if (!Exists(folder)) return;
-  Empty(folder);
-  if (!Rtl::Files::RemoveDir(folder)) {
-    Rtl::Exceptions::RaiseWithLastError<EFolderException>(u"Folder cannot not be deleted: %s; error code: %d", folder);
+  // A link named here goes as the links met inside the tree do: the link
+  // itself, its target untouched.
+  const UnicodeString name = WithoutTrailingDelimiters(folder);
+  const uint32_t attributes = Rtl::Files::FileGetAttr(name);
+  if (IsLink(attributes)) {
+    if (!RemoveLinkItself(name, attributes)) {
+      Rtl::Exceptions::RaiseWithLastError<EFolderException>(kFolderNotDeleted, folder);
+    }
+    return;
   }
+  Empty(folder);
+  if (!Rtl::Files::RemoveDir(folder)) Rtl::Exceptions::RaiseWithLastError<EFolderException>(kFolderNotDeleted, folder);
 }
 
 void gFolder::DeleteEmpty(UnicodeStringView folder) {

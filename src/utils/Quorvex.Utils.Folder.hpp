@@ -32,7 +32,8 @@ struct QXRTL_API gFolder {
   // ends the work; what was deleted stays deleted.
   static void Empty(UnicodeStringView folder);
 
-  // Empties and removes the folder; a missing folder is left alone. Raises
+  // Empties and removes the folder; a missing folder is left alone, and a
+  // link (or junction) is removed itself, its target untouched. Raises
   // EFolderException "Folder cannot not be deleted: %s; error code: %d"
   // when the removal fails.
   static void Delete(UnicodeStringView folder);

@@ -9,7 +9,6 @@ namespace Quorvex::Utils::Strings {
 
 namespace Checked = Rtl::Checked;
 using Rtl::Strings::Char;
-using Rtl::Strings::FormatFloat;
 using Rtl::Strings::Trim;
 
 namespace Locals {
@@ -234,17 +233,40 @@ std::unique_ptr<Rtl::Classes::TStringList> gString::ToStrings(TStringSpan items)
 
 namespace {
 
+// `value` / `divisor` for a positive value, rounded once, half away from
+// zero, to `fractionDigits` digits and written without trailing zeros. The
+// remainder is scaled apart from the whole part, so the arithmetic is exact
+// over the whole 64-bit range (divisors stay below 2^41).
+UnicodeString QuotientText(int64_t value, int64_t divisor, int fractionDigits) {
+  int64_t scale = 1;
+  for (int k = 0; k < fractionDigits; ++k) scale *= 10;
+  int64_t whole = value / divisor;
+  const int64_t scaledRest = value % divisor * scale;
+  int64_t fraction = scaledRest / divisor;
+  if (2 * (scaledRest % divisor) >= divisor) ++fraction;
+  if (fraction == scale) {
+    ++whole;
+    fraction = 0;
+  }
+  UnicodeString text = Rtl::Strings::IntToStr(whole);
+  if (fraction == 0) return text;
+  UnicodeString digits = Rtl::Strings::IntToStr(fraction + scale).substr(1);  // zero-padded
+  digits.erase(digits.find_last_not_of(u'0') + 1);
+  return text + Rtl::Strings::FormatSettings().DecimalSeparator + digits;
+}
+
+// The number followed by a blank and the unit's word.
+UnicodeString WithWord(const UnicodeString& number, const UnicodeString& word) { return number + u' ' + word; }
+
 // Formats `value` in the largest of five units it reaches: words[0] for
-// step^4 down to words[4] for the raw value.
+// step^4 down to words[4] for the raw value, which is shown exactly.
 UnicodeString FormatScaled(int64_t value, int64_t step, const std::array<const UnicodeString*, 5>& words) {
   for (int power = 4; power >= 1; --power) {
     int64_t threshold = 1;
     for (int k = 0; k < power; ++k) threshold = Checked::Mul(threshold, step);
-    if (value >= threshold)
-      return FormatFloat(u"0.## " + *words[static_cast<size_t>(4 - power)],
-                         static_cast<long double>(value) / static_cast<long double>(threshold));
+    if (value >= threshold) return WithWord(QuotientText(value, threshold, 2), *words[static_cast<size_t>(4 - power)]);
   }
-  return FormatFloat(u"0.## " + *words[4], static_cast<long double>(value));
+  return WithWord(Rtl::Strings::IntToStr(value), *words[4]);
 }
 
 }  // namespace
@@ -268,8 +290,8 @@ UnicodeString gString::FormatBitsPerSec(int64_t value) {
 
 UnicodeString gString::FormatMeters(int64_t value) {
   const auto& l = GetLocals();
-  if (value >= 1000) return FormatFloat(u"0.# " + l.Kilometers(), static_cast<long double>(value) / 1000.0L);
-  return FormatFloat(u"0.## " + l.Meters(), static_cast<long double>(value));
+  if (value >= 1000) return WithWord(QuotientText(value, 1000, 1), l.Kilometers());
+  return WithWord(Rtl::Strings::IntToStr(value), l.Meters());
 }
 
 const Locals::TStringLocals& gString::GetLocals() {

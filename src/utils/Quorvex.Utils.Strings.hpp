@@ -126,13 +126,15 @@ struct QXRTL_API gString {
   // A new string list holding the items; the caller owns it.
   static std::unique_ptr<Rtl::Classes::TStringList> ToStrings(TStringSpan items);
 
-  // "1.5 KB", "1023 bytes": steps of 1024 up to TB, "0.##" with the
-  // user's decimal separator.
+  // "1.5 KB", "1023 bytes": steps of 1024 up to TB. Below the first step
+  // the exact count; above, the exact quotient rounded once, half away from
+  // zero, to at most two decimals in the user's decimal separator.
   static UnicodeString FormatBytes(int64_t value);
+  // "1.5 KB/s", "512 B/s": as FormatBytes.
   static UnicodeString FormatBytesPerSec(int64_t value);
-  // "1.5 Mb/s": steps of 1000 up to Tb/s.
+  // "1.5 Mb/s": steps of 1000 up to Tb/s, rounded as FormatBytes.
   static UnicodeString FormatBitsPerSec(int64_t value);
-  // "999 m", "1.5 km".
+  // "999 m", "1.5 km": kilometres from 1000 m on, to one decimal.
   static UnicodeString FormatMeters(int64_t value);
 
   // The shared unit words (owned by the unit, not by the caller).

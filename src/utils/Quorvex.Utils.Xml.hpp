@@ -22,7 +22,8 @@ struct QXRTL_API gXml {
   // `Value` as "yyyy-mm-ddThh:nn:ss.zzz" followed by the current local
   // offset ("+02:00", "-05:00") when `ApplyLocalBias` is set and the
   // offset is not zero, else by "Z". The value itself is never converted.
-  // Raises ERangeError for a value outside the years 1..9999.
+  // Raises ERangeError for a value outside the years 1..9999 once rounded
+  // to the millisecond.
   static UnicodeString DateTimeToXMLTime(TDateTime Value, bool ApplyLocalBias);
 
   // Reads the text back as UTC (`AsUTCTime`) or as local time. Lenient by

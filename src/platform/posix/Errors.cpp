@@ -2,8 +2,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Platform {
 
@@ -24,7 +24,7 @@ std::u16string ErrorMessage(uint32_t code) {
   char buffer[256] = {};
   const int saved = errno;
   const char* text = ErrorText(strerror_r(static_cast<int>(code), buffer, sizeof buffer), buffer);
-  std::u16string result = Rtl::Strings::Utf8ToUtf16(text);
+  std::u16string result = Utf8ToUtf16(text);
   errno = saved;
   return result;
 }

@@ -14,10 +14,39 @@ namespace Quorvex::Platform {
 
 namespace {
 
-bool StatOf(PathView path, struct stat& info) { return stat(Posix::Native(path).c_str(), &info) == 0; }
+bool StatOf(PathView path, struct stat& info) {
+  const Posix::NativePath native(path);
+  return native && stat(native.c_str(), &info) == 0;
+}
 
 // Describes a link itself rather than its target, as Windows does.
-bool LinkStatOf(PathView path, struct stat& info) { return lstat(Posix::Native(path).c_str(), &info) == 0; }
+bool LinkStatOf(PathView path, struct stat& info) {
+  const Posix::NativePath native(path);
+  return native && lstat(native.c_str(), &info) == 0;
+}
+
+// Lets through an opened descriptor only where Windows would open the
+// file: never a folder, and for writing never an entry that reports the
+// read-only attribute, even for root, whom the kernel lets write anyway.
+// A regular file is truncated once admitted when `truncate` asks for it.
+FileHandle Admit(int file, bool writing, bool truncate) {
+  if (file < 0) return InvalidFile;
+  struct stat info {};
+  int code = 0;
+  if (fstat(file, &info) != 0) {
+    code = errno;
+  } else if (S_ISDIR(info.st_mode)) {
+    code = EISDIR;
+  } else if (writing && (info.st_mode & S_IWUSR) == 0) {
+    code = EACCES;
+  } else if (truncate && S_ISREG(info.st_mode) && ftruncate(file, 0) != 0) {
+    code = errno;
+  }
+  if (code == 0) return file;
+  close(file);
+  errno = code;
+  return InvalidFile;
+}
 
 // One transfer is capped like a Windows ReadFile/WriteFile count.
 size_t TransferSize(int64_t count) { return static_cast<size_t>(std::clamp<int64_t>(count, 0, 0x7FFFF000)); }
@@ -52,7 +81,7 @@ bool SetFileAttributes(PathView path, uint32_t attributes) {
   if (!LinkStatOf(path, info)) return false;
   if (S_ISLNK(info.st_mode)) return true;
   const mode_t mode = (attributes & faReadOnly) != 0 ? (info.st_mode & ~S_IWUSR) : (info.st_mode | S_IWUSR);
-  return chmod(Posix::Native(path).c_str(), mode & 07777) == 0;
+  return chmod(Posix::NativePath(path).c_str(), mode & 07777) == 0;
 }
 
 bool FileExists(PathView path) {
@@ -65,26 +94,113 @@ bool DirectoryExists(PathView path) {
   return StatOf(path, info) && S_ISDIR(info.st_mode);
 }
 
-bool DeleteFile(PathView path) { return unlink(Posix::Native(path).c_str()) == 0; }
+bool DeleteFile(PathView path) {
+  const Posix::NativePath native(path);
+  return native && unlink(native.c_str()) == 0;
+}
 
-bool CreateDirectory(PathView path) { return mkdir(Posix::Native(path).c_str(), 0777) == 0; }
+bool CreateDirectory(PathView path) {
+  const Posix::NativePath native(path);
+  return native && mkdir(native.c_str(), 0777) == 0;
+}
 
-bool RemoveDirectory(PathView path) { return rmdir(Posix::Native(path).c_str()) == 0; }
+bool RemoveDirectory(PathView path) {
+  const Posix::NativePath native(path);
+  return native && rmdir(native.c_str()) == 0;
+}
 
-bool RenameFile(PathView oldName, PathView newName) {
-  // Like MoveFileW, a rename never replaces what already stands at the new
-  // name; plain rename() would overwrite it silently.
-  const std::string from = Posix::Native(oldName);
-  const std::string to = Posix::Native(newName);
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+namespace {
+
+// Like MoveFileW, a rename never replaces what already stands at the new
+// name; plain rename() would overwrite it silently.
+bool RenameNoReplace(const char* from, const char* to) {
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   // File systems without the no-replace flag: check first, then rename.
   struct stat info {};
-  if (lstat(to.c_str(), &info) == 0) {
+  if (lstat(to, &info) == 0) {
     errno = EEXIST;
     return false;
   }
-  return rename(from.c_str(), to.c_str()) == 0;
+  return rename(from, to) == 0;
+}
+
+bool WriteAll(int file, const char* bytes, ssize_t count) {
+  while (count > 0) {
+    const ssize_t done = write(file, bytes, static_cast<size_t>(count));
+    if (done <= 0) return false;
+    bytes += done;
+    count -= done;
+  }
+  return true;
+}
+
+bool CopyContent(int source, int target) {
+  char buffer[65536];
+  for (;;) {
+    const ssize_t count = read(source, buffer, sizeof buffer);
+    if (count <= 0) return count == 0;
+    if (!WriteAll(target, buffer, count)) return false;
+  }
+}
+
+// Gives `target` the content, permission bits and times of `source`
+// (described by `info`) and flushes it to its device.
+bool CopyFile(int source, int target, const struct stat& info) {
+  const timespec times[] = {info.st_atim, info.st_mtim};
+  return CopyContent(source, target) && fchmod(target, info.st_mode & 07777) == 0 && futimens(target, times) == 0 &&
+         fsync(target) == 0;
+}
+
+// Closes a descriptor when it leaves scope, keeping errno.
+class TDescriptor {
+ public:
+  explicit TDescriptor(int descriptor) : FDescriptor(descriptor) {}
+  ~TDescriptor() {
+    if (FDescriptor < 0) return;
+    const int code = errno;
+    close(FDescriptor);
+    errno = code;
+  }
+  TDescriptor(const TDescriptor&) = delete;
+  TDescriptor& operator=(const TDescriptor&) = delete;
+
+  int Get() const { return FDescriptor; }
+
+ private:
+  int FDescriptor;
+};
+
+// Moves a file to another file system as MoveFileW does between volumes:
+// copy, flush, then delete the source. `to` must not exist. Any failure
+// removes the copy and leaves the source as it was, with errno from the
+// step that failed. Folders, links and devices do not move this way.
+bool MoveFileAcross(const char* from, const char* to) {
+  struct stat info {};
+  if (lstat(from, &info) != 0) return false;
+  if (!S_ISREG(info.st_mode)) {
+    errno = EXDEV;
+    return false;
+  }
+  const TDescriptor source(open(from, O_RDONLY | O_CLOEXEC));
+  if (source.Get() < 0) return false;
+  const TDescriptor target(open(to, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (target.Get() < 0) return false;
+  if (CopyFile(source.Get(), target.Get(), info) && unlink(from) == 0) return true;
+  const int code = errno;
+  unlink(to);  // the copy made here: O_EXCL guarantees nothing else stood there
+  errno = code;
+  return false;
+}
+
+}  // namespace
+
+bool RenameFile(PathView oldName, PathView newName) {
+  const Posix::NativePath from(oldName);
+  const Posix::NativePath to(newName);
+  if (!from || !to) return false;
+  if (RenameNoReplace(from.c_str(), to.c_str())) return true;
+  return errno == EXDEV && MoveFileAcross(from.c_str(), to.c_str());
 }
 
 FileHandle FileOpen(PathView path, uint32_t mode) {
@@ -95,11 +211,19 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
     errno = EINVAL;
     return InvalidFile;
   }
-  return open(Posix::Native(path).c_str(), kAccess[access] | O_CLOEXEC);
+  const Posix::NativePath native(path);
+  if (!native) return InvalidFile;
+  return Admit(open(native.c_str(), kAccess[access] | O_CLOEXEC), access != fmOpenRead, false);
 }
 
 FileHandle FileCreate(PathView path) {
-  return open(Posix::Native(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  const Posix::NativePath native(path);
+  if (!native) return InvalidFile;
+  // A file made here is writable whatever the umask gave its bits; one
+  // that was there already is checked before it loses its content.
+  const int created = open(native.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (created >= 0 || errno != EEXIST) return created;
+  return Admit(open(native.c_str(), O_RDWR | O_CLOEXEC), true, true);
 }
 
 int64_t FileRead(FileHandle file, void* buffer, int64_t count) {

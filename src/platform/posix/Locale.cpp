@@ -4,8 +4,8 @@
 #include <time.h>
 
 #include "Quorvex.Platform.Posix.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Platform {
 
@@ -18,7 +18,7 @@ namespace {
 char16_t LocaleChar(nl_item item, char16_t fallback) {
   locale_t locale = newlocale(LC_ALL_MASK, "", static_cast<locale_t>(nullptr));
   if (locale == static_cast<locale_t>(nullptr)) return fallback;
-  const std::u16string text = Rtl::Strings::Utf8ToUtf16(nl_langinfo_l(item, locale));
+  const std::u16string text = Utf8ToUtf16(nl_langinfo_l(item, locale));
   freelocale(locale);
   return text.empty() ? fallback : text.front();
 }

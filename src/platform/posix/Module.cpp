@@ -52,7 +52,9 @@ bool ReadVersionResource(ModuleHandle module, std::vector<uint8_t>& bytes) {
 
 uint32_t TickCount32() {
   timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
+  // The boot clock keeps counting while the machine is suspended, as the
+  // Windows tick count does; the monotonic clock stops.
+  clock_gettime(CLOCK_BOOTTIME, &now);
   // Truncated like GetTickCount, so the count wraps at 2^32 milliseconds.
   return static_cast<uint32_t>(static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1000000);
 }

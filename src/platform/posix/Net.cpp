@@ -9,7 +9,7 @@
 #include <cerrno>
 
 #include "Quorvex.Platform.Net.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 
 extern char** environ;
 
@@ -20,14 +20,14 @@ uint32_t InetAddr(const std::string& text) { return inet_addr(text.c_str()); }
 std::u16string InetNtoa(uint32_t address) {
   in_addr value = {};
   value.s_addr = address;
-  return Rtl::Strings::Utf8ToUtf16(inet_ntoa(value));
+  return Utf8ToUtf16(inet_ntoa(value));
 }
 
 void OpenInBrowser(std::u16string_view url) {
   // The shell starts xdg-open in the background and exits at once: the
   // opener is left to init, so the caller neither waits for the browser
   // nor keeps a zombie, and the only wait is for the shell.
-  const std::string target = Rtl::Strings::Utf16ToUtf8(url);
+  const std::string target = Utf16ToUtf8(url);
   char shell[] = "/bin/sh";
   char option[] = "-c";
   char script[] = "xdg-open \"$1\" &";

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "Quorvex.Platform.Posix.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Platform {
 
@@ -88,7 +88,15 @@ bool Fail(int code) {
 
 namespace Posix {
 
-std::string Native(PathView path) { return Rtl::Strings::Utf16ToUtf8(path); }
+bool IsValidPath(PathView path) {
+  if (path.find(u'\0') == PathView::npos) return true;
+  errno = EINVAL;
+  return false;
+}
+
+NativePath::NativePath(PathView path) : FValid(IsValidPath(path) && NameToUtf8(path, FText)) {
+  if (!FValid) errno = EINVAL;
+}
 
 }  // namespace Posix
 
@@ -100,7 +108,7 @@ Path CurrentDirectory() {
     if (errno != ERANGE) return {};
     buffer.resize(buffer.size() * 2);
   }
-  return Rtl::Strings::Utf8ToUtf16(buffer.data());
+  return NameToUtf16(buffer.data());
 }
 
 Path FullPathName(PathView path) {
@@ -108,6 +116,7 @@ Path FullPathName(PathView path) {
     errno = EINVAL;
     return {};
   }
+  if (!Posix::IsValidPath(path)) return {};
   if (StartsWithDelimiter(path)) return ResolveDots(path, true);
   Path absolute = CurrentDirectory();
   if (absolute.empty()) return {};
@@ -118,6 +127,7 @@ Path FullPathName(PathView path) {
 
 bool CanonicalizePath(PathView path, Path& result) {
   result.clear();
+  if (!Posix::IsValidPath(path)) return false;
   if (path.size() >= kMaxPath) return Fail(ENAMETOOLONG);
   Path canonical = ResolveDots(path, false);
   // An empty result means the root, as on Windows.
@@ -129,6 +139,7 @@ bool CanonicalizePath(PathView path, Path& result) {
 
 bool RelativePath(PathView from, PathView to, Path& result) {
   result.clear();
+  if (!Posix::IsValidPath(from) || !Posix::IsValidPath(to)) return false;
   if (from.size() >= kMaxPath || to.size() >= kMaxPath) return Fail(ENAMETOOLONG);
   const size_t common = CommonPrefix(from, RemoveFileSpec(to));
   if (common == 0) return Fail(EINVAL);

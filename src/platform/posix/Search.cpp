@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "Quorvex.Platform.Posix.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 #include "Quorvex.Platform.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Platform {
 
@@ -54,7 +54,7 @@ bool WildcardMatch(std::u16string_view pattern, std::u16string_view name) {
 // ENOENT at the end, as Windows reports "no more files" through a code.
 bool NextMatch(Search& search, FindData& data) {
   while (const dirent* entry = readdir(search.Directory)) {
-    const std::u16string name = Rtl::Strings::Utf8ToUtf16(entry->d_name);
+    const std::u16string name = NameToUtf16(entry->d_name);
     if (!WildcardMatch(search.Pattern, name)) continue;
     const std::string full = search.Folder + entry->d_name;
     struct stat link {};
@@ -80,13 +80,16 @@ bool NextMatch(Search& search, FindData& data) {
 }  // namespace
 
 FindHandle FindFirst(PathView pattern, uint32_t mask, FindData& data) {
+  if (!Posix::IsValidPath(pattern)) return nullptr;
   auto search = std::make_unique<Search>();
   const size_t delimiter = pattern.rfind(u'/');
   if (delimiter == PathView::npos) {
     search->Folder = "./";
     search->Pattern = pattern;
   } else {
-    search->Folder = Posix::Native(pattern.substr(0, delimiter + 1));
+    const Posix::NativePath folder(pattern.substr(0, delimiter + 1));
+    if (!folder) return nullptr;
+    search->Folder = folder.str();
     search->Pattern = pattern.substr(delimiter + 1);
   }
   search->Mask = mask;

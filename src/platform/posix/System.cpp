@@ -11,13 +11,11 @@
 #include <vector>
 
 #include "Quorvex.Platform.System.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
+#include "Quorvex.Platform.Unicode.hpp"
 
 namespace Quorvex::Platform {
 
 namespace {
-
-using Rtl::Strings::Utf8ToUtf16;
 
 // `raw` without its surrounding quotes, with the backslash escapes of a
 // double-quoted word resolved.
@@ -162,6 +160,6 @@ int64_t PhysicalMemorySize() {
   return static_cast<int64_t>(pages) * pageSize;
 }
 
-Path SpecialFolderPath(SpecialFolder folder) { return Utf8ToUtf16(FolderPath(folder)); }
+Path SpecialFolderPath(SpecialFolder folder) { return NameToUtf16(FolderPath(folder)); }
 
 }  // namespace Quorvex::Platform

@@ -15,10 +15,14 @@ DWORD TransferSize(int64_t count) { return static_cast<DWORD>(std::clamp<int64_t
 
 }  // namespace
 
-uint32_t GetFileAttributes(PathView path) { return GetFileAttributesW(Win32::Wide(path).c_str()); }
+uint32_t GetFileAttributes(PathView path) {
+  const Win32::WidePath wide(path);
+  return wide ? GetFileAttributesW(wide.c_str()) : InvalidAttributes;
+}
 
 bool SetFileAttributes(PathView path, uint32_t attributes) {
-  return SetFileAttributesW(Win32::Wide(path).c_str(), attributes) != FALSE;
+  const Win32::WidePath wide(path);
+  return wide && SetFileAttributesW(wide.c_str(), attributes) != FALSE;
 }
 
 namespace {
@@ -28,8 +32,9 @@ namespace {
 uint32_t TargetAttributes(PathView path) {
   const uint32_t attributes = GetFileAttributes(path);
   if (attributes == InvalidAttributes || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return attributes;
+  // GetFileAttributes has refused a path holding a NUL already.
   const HANDLE target =
-      CreateFileW(Win32::Wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+      CreateFileW(Win32::WidePath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                   OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (target == INVALID_HANDLE_VALUE) return InvalidAttributes;
   BY_HANDLE_FILE_INFORMATION info{};
@@ -50,15 +55,43 @@ bool DirectoryExists(PathView path) {
   return attributes != InvalidAttributes && (attributes & faDirectory) != 0;
 }
 
-bool DeleteFile(PathView path) { return DeleteFileW(Win32::Wide(path).c_str()) != FALSE; }
+bool DeleteFile(PathView path) {
+  const Win32::WidePath wide(path);
+  return wide && DeleteFileW(wide.c_str()) != FALSE;
+}
 
-bool CreateDirectory(PathView path) { return CreateDirectoryW(Win32::Wide(path).c_str(), nullptr) != FALSE; }
+bool CreateDirectory(PathView path) {
+  const Win32::WidePath wide(path);
+  return wide && CreateDirectoryW(wide.c_str(), nullptr) != FALSE;
+}
 
-bool RemoveDirectory(PathView path) { return RemoveDirectoryW(Win32::Wide(path).c_str()) != FALSE; }
+bool RemoveDirectory(PathView path) {
+  const Win32::WidePath wide(path);
+  return wide && RemoveDirectoryW(wide.c_str()) != FALSE;
+}
 
 bool RenameFile(PathView oldName, PathView newName) {
-  return MoveFileW(Win32::Wide(oldName).c_str(), Win32::Wide(newName).c_str()) != FALSE;
+  const Win32::WidePath from(oldName);
+  const Win32::WidePath to(newName);
+  return from && to && MoveFileW(from.c_str(), to.c_str()) != FALSE;
 }
+
+namespace {
+
+// Windows refuses to write to a file with the read-only attribute. Asking
+// first keeps that so where the layer beneath would let an administrator
+// through (Wine run by root).
+bool IsReadOnlyFile(const Win32::WidePath& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ||
+      (attributes & FILE_ATTRIBUTE_READONLY) == 0) {
+    return false;
+  }
+  ::SetLastError(ERROR_ACCESS_DENIED);
+  return true;
+}
+
+}  // namespace
 
 FileHandle FileOpen(PathView path, uint32_t mode) {
   static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
@@ -71,13 +104,17 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
     ::SetLastError(ERROR_INVALID_PARAMETER);
     return InvalidFile;
   }
-  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), kAccess[access], kShare[share], nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  const Win32::WidePath wide(path);
+  if (!wide || (access != fmOpenRead && IsReadOnlyFile(wide))) return InvalidFile;
+  const HANDLE file =
+      CreateFileW(wide.c_str(), kAccess[access], kShare[share], nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<FileHandle>(file);
 }
 
 FileHandle FileCreate(PathView path) {
-  const HANDLE file = CreateFileW(Win32::Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+  const Win32::WidePath wide(path);
+  if (!wide || IsReadOnlyFile(wide)) return InvalidFile;
+  const HANDLE file = CreateFileW(wide.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<FileHandle>(file);
 }

@@ -5,7 +5,8 @@
 namespace Quorvex::Platform {
 
 void* LoadLibraryModule(PathView name, LibraryError& error) {
-  HMODULE module = ::LoadLibraryW(Win32::Wide(name).c_str());
+  const Win32::WidePath wide(name);
+  HMODULE module = wide ? ::LoadLibraryW(wide.c_str()) : nullptr;
   if (module == nullptr) {
     error.Code = ::GetLastError();
     error.Text = ErrorMessage(error.Code);

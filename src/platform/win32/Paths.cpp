@@ -40,7 +40,8 @@ Path CurrentDirectory() {
 }
 
 Path FullPathName(PathView path) {
-  const std::wstring wide = Win32::Wide(path);
+  const Win32::WidePath wide(path);
+  if (!wide) return {};
   return FillBuffer(
       [&wide](DWORD size, wchar_t* buffer) { return GetFullPathNameW(wide.c_str(), size, buffer, nullptr); });
 }
@@ -48,8 +49,10 @@ Path FullPathName(PathView path) {
 bool CanonicalizePath(PathView path, Path& result) {
   result.clear();
   if (!FitsMaxPath(path)) return false;
+  const Win32::WidePath wide(path);
+  if (!wide) return false;
   wchar_t buffer[MAX_PATH] = {};
-  if (!PathCanonicalizeW(buffer, Win32::Wide(path).c_str())) return false;
+  if (!PathCanonicalizeW(buffer, wide.c_str())) return false;
   result = Win32::FromWide(buffer);
   return true;
 }
@@ -57,8 +60,11 @@ bool CanonicalizePath(PathView path, Path& result) {
 bool RelativePath(PathView from, PathView to, Path& result) {
   result.clear();
   if (!FitsMaxPath(from) || !FitsMaxPath(to)) return false;
+  const Win32::WidePath wideFrom(from);
+  const Win32::WidePath wideTo(to);
+  if (!wideFrom || !wideTo) return false;
   wchar_t buffer[MAX_PATH] = {};
-  if (!PathRelativePathToW(buffer, Win32::Wide(from).c_str(), FILE_ATTRIBUTE_DIRECTORY, Win32::Wide(to).c_str(), 0)) {
+  if (!PathRelativePathToW(buffer, wideFrom.c_str(), FILE_ATTRIBUTE_DIRECTORY, wideTo.c_str(), 0)) {
     return false;
   }
   result = Win32::FromWide(buffer);

@@ -42,10 +42,12 @@ bool Accept(Search& search, WIN32_FIND_DATAW& found, FindData& data) {
 }  // namespace
 
 FindHandle FindFirst(PathView pattern, uint32_t mask, FindData& data) {
+  const Win32::WidePath wide(pattern);
+  if (!wide) return nullptr;
   auto search = std::make_unique<Search>();
   search->Mask = mask;
   WIN32_FIND_DATAW found{};
-  search->Handle = FindFirstFileW(Win32::Wide(pattern).c_str(), &found);
+  search->Handle = FindFirstFileW(wide.c_str(), &found);
   if (search->Handle == INVALID_HANDLE_VALUE) return nullptr;
   if (!Accept(*search, found, data)) {
     const DWORD code = ::GetLastError();  // closing must not hide the reason

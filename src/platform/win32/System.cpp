@@ -4,10 +4,10 @@
 #include <shlobj.h>
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "Quorvex.Platform.System.hpp"
-#include "Quorvex.Rtl.Strings.hpp"
 
 namespace Quorvex::Platform {
 
@@ -83,7 +83,11 @@ OSVersion ReadOSVersion() {
 
 OSIdentity ReadOSIdentity() {
   const OSVersion version = ReadOSVersion();
-  return {u"Windows", Rtl::Strings::Format(u"%u.%u.%u", version.Major, version.Minor, version.Build), {}};
+  const auto decimal = [](uint32_t value) {
+    const std::string digits = std::to_string(value);
+    return std::u16string(digits.begin(), digits.end());
+  };
+  return {u"Windows", decimal(version.Major) + u'.' + decimal(version.Minor) + u'.' + decimal(version.Build), {}};
 }
 
 bool ProcessIsWow64() {
