@@ -59,7 +59,8 @@ QXRTL_API TDateTime EncodeDateTime(int year, int month, int day, int hour, int m
 // for one that rounds past the last millisecond of MaxDateTime.
 QXRTL_API void DecodeDate(TDateTime value, int& year, int& month, int& day);
 QXRTL_API void DecodeTime(TDateTime value, int& hour, int& minute, int& second, int& msec);
-QXRTL_API void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second, int& msec);
+QXRTL_API void DecodeDateTime(TDateTime value, int& year, int& month, int& day, int& hour, int& minute, int& second,
+                              int& msec);
 
 // Day of the week, 1 = Sunday ... 7 = Saturday; raises as DecodeDate.
 QXRTL_API int DayOfWeek(TDateTime value);
