@@ -62,5 +62,13 @@ TEST(RtlEncodingTest, BufferEncodingPrefersGivenThenMarkThenDefault) {
   EXPECT_RAISES(Exceptions::ERangeError, TEncoding::ASCII()->GetString(bytes, 1, 3), u"Range check error");
 }
 
+TEST(RtlEncodingTest, EncodingsMadeInTheLibraryAreOfTheClassesAProgramNames) {
+  // A program linked to the shared library holds its own records of the library's classes.
+  TEncoding* utf8 = TEncoding::UTF8();
+  EXPECT_TRUE(utf8->InheritsFrom(TEncoding::StaticClass()));
+  EXPECT_EQ(Objects::ObjectCast<TUTF8Encoding>(utf8), utf8);
+  EXPECT_RAISES(Exceptions::EInvalidCast, Objects::ObjectCast<TUnicodeEncoding>(utf8), u"Invalid class typecast");
+}
+
 }  // namespace
 }  // namespace Quorvex::Rtl::Encoding

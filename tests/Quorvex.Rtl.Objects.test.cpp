@@ -78,6 +78,12 @@ TEST(RtlObjectsTest, GuidsAndClassInformation) {
   EXPECT_EQ(obj.ClassParent(), TGreeter::StaticClass());
   EXPECT_TRUE(obj.InheritsFrom(TInterfacedObject::StaticClass()));
   EXPECT_FALSE(TGreeter::StaticClass()->InheritsFrom(TCountingGreeter::StaticClass()));
+  EXPECT_FALSE(TGreeter::StaticClass()->InheritsFrom(nullptr));
+  // Another module's record of a class is the same class; the unit name counts.
+  const TClassInfo twin(u"TGreeter", u"Quorvex.Tests", TInterfacedObject::StaticClass(), nullptr);
+  const TClassInfo stranger(u"TGreeter", u"Quorvex.Elsewhere", TInterfacedObject::StaticClass(), nullptr);
+  EXPECT_TRUE(obj.InheritsFrom(&twin));
+  EXPECT_FALSE(obj.InheritsFrom(&stranger));
   EXPECT_EQ(TObject::StaticClass()->ClassParent(), nullptr);
   EXPECT_EQ(obj.ToString(), u"TCountingGreeter");
 

@@ -20,9 +20,17 @@ UnicodeString TClassInfo::QualifiedClassName() const {
 }
 
 bool TClassInfo::InheritsFrom(TClass other) const {
+  if (other == nullptr) return false;
   for (TClass cls = this; cls != nullptr; cls = cls->FParent)
-    if (cls == other) return true;
+    if (cls->IsSameClass(*other)) return true;
   return false;
+}
+
+// A program linked to the shared library makes its own record of a library
+// class whose information is built inline, so the record an object reports
+// may not be the one the program names: a class is its qualified name.
+bool TClassInfo::IsSameClass(const TClassInfo& other) const {
+  return this == &other || (FClassName == other.FClassName && FUnitName == other.FUnitName);
 }
 
 TObject* TClassInfo::Create() const {

@@ -95,8 +95,10 @@ class QXRTL_API TClassInfo {
   // Unit name, ".", class name: "Quorvex.App.Settings.TAppSettings".
   UnicodeString QualifiedClassName() const;
   TClass ClassParent() const { return FParent; }
-  // True when this class is `other` or derives from it.
+  // True when this class is `other` or derives from it; classes are the same
+  // when their unit and class names are, whichever module made the record.
   bool InheritsFrom(TClass other) const;
+  bool IsSameClass(const TClassInfo& other) const;
   // Makes a default instance; raises EAbstractError when the class has no
   // default constructor (abstract classes).
   TObject* Create() const;
