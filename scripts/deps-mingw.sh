@@ -59,3 +59,6 @@ build_cmake_dep googletest "$(pkg_version googletest)" /usr/src/googletest \
 debian_source pcre2
 build_cmake_dep pcre2 "$src_version" "$src_dir" -DPCRE2_BUILD_PCRE2_8=OFF -DPCRE2_BUILD_PCRE2_16=ON \
   -DPCRE2_BUILD_PCRE2GREP=OFF -DPCRE2_BUILD_TESTS=OFF -DPCRE2_SUPPORT_JIT=OFF
+# pugixml reads and writes the library's XML documents, from Debian's source package.
+debian_source pugixml
+build_cmake_dep pugixml "$src_version" "$src_dir" -DPUGIXML_BUILD_TESTS=OFF
