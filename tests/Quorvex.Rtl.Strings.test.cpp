@@ -106,5 +106,33 @@ TEST(RtlStringsTest, FormatFloatPictures) {
   EXPECT_EQ(FormatFloat(u"0.##", 1.5L, comma), u"1,5");
 }
 
+TEST(RtlStringsTest, FloatsAsTextAndBack) {
+  const TFormatSettings comma{u',', u'.'};
+  struct TCase {
+    long double Value;
+    int Digits;
+    const char16_t* Text;
+  };
+  const TCase cases[] = {
+      {1.5L, 15, u"1,5"},       {0.0001L, 15, u"0,0001"},  {1e-5L, 15, u"1E-5"}, {1e20L, 15, u"1E20"},
+      {-2.5e-7L, 15, u"-2,5E-7"}, {0.1L, 15, u"0,1"},     {1.0L / 3, 7, u"0,3333333"}, {0, 15, u"0"},
+      {123456789012345678.0L, 18, u"123456789012345678"},
+  };
+  for (const TCase& c : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(c.Text));
+    EXPECT_EQ(FloatToStr(c.Value, c.Digits, comma), c.Text);
+    long double back = 0;
+    ASSERT_TRUE(TryStrToFloat(c.Text, back, comma));
+    EXPECT_EQ(FloatToStr(back, c.Digits, comma), c.Text);
+  }
+  EXPECT_EQ(FloatToStr(std::numeric_limits<double>::infinity()), u"INF");
+  long double value = 0;
+  for (const char16_t* bad : {u"", u"1.5", u"0x10", u"1,5,5", u"+", u"INFINITY", u"1e99999", u"１"}) {
+    SCOPED_TRACE(Utf16ToUtf8(bad));
+    EXPECT_FALSE(TryStrToFloat(bad, value, comma));
+  }
+  EXPECT_TRUE(TryStrToFloat(u" nan ", value, comma));
+}
+
 }  // namespace
 }  // namespace Quorvex::Rtl::Strings

@@ -17,7 +17,24 @@ namespace Quorvex::Rtl::DateTime {
 using Strings::UnicodeString;
 using Strings::UnicodeStringView;
 
-using TDateTime = double;
+// A date-time is a double with a name of its own, so that type information
+// can tell a date-time property from a plain number. It converts to and
+// from double implicitly and takes part in arithmetic as one.
+struct TDateTime {
+  double Value = 0;
+
+  constexpr TDateTime() = default;
+  constexpr TDateTime(double value) : Value(value) {}  // NOLINT(google-explicit-constructor)
+  constexpr operator double() const { return Value; }  // NOLINT(google-explicit-constructor)
+  constexpr TDateTime& operator+=(double days) {
+    Value += days;
+    return *this;
+  }
+  constexpr TDateTime& operator-=(double days) {
+    Value -= days;
+    return *this;
+  }
+};
 
 constexpr int64_t MSecsPerSec = 1000;
 constexpr int64_t MSecsPerMin = 60 * MSecsPerSec;

@@ -95,6 +95,11 @@ QX_DECLARE_EXCEPTION(EInvalidPointer, Exception, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EIntError, Exception, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(ERangeError, EIntError, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EIntOverflow, EIntError, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EVariantError, Exception, "Quorvex.Rtl.Exceptions");
+// A variant that cannot become the type asked for: "Could not convert
+// variant \"abc\" of type (UnicodeString) into type (Integer)"; the text is
+// named for strings only.
+QX_DECLARE_EXCEPTION(EVariantTypeCastError, EVariantError, "Quorvex.Rtl.Exceptions");
 
 // A failed assertion: "<message> (<file>, line <n>)".
 class QXRTL_API EAssertionFailed : public Exception {
@@ -162,3 +167,7 @@ template <typename E, typename... Args>
 [[noreturn]] QXRTL_API void RaiseOSError(uint32_t errorCode, UnicodeStringView systemText);
 
 }  // namespace Quorvex::Rtl::Exceptions
+
+// Type information builds on objects and exceptions; whoever has classes
+// (QX_CLASS) has it too.
+#include "Quorvex.Rtl.TypInfo.hpp"  // IWYU pragma: export

@@ -14,6 +14,23 @@ UnicodeString TGUID::ToString() const {
   return text + u"}";
 }
 
+TClassInfo::TClassInfo(UnicodeStringView className, UnicodeStringView unitName, TClass parent, TFactory factory,
+                       TDescribe describe)
+    : FClassName(className), FUnitName(unitName), FParent(parent), FFactory(factory) {
+  if (describe == nullptr) return;
+  TClassMembers members;
+  describe(members);
+  FOwnPropertyCount = members.Properties.size();
+  for (auto& property : members.Properties) FProperties.push_back(property.release());
+  for (auto& attribute : members.Attributes) FAttributes.push_back(attribute.release());
+  if (parent != nullptr) FProperties.insert(FProperties.end(), parent->Properties().begin(), parent->Properties().end());
+}
+
+TClassInfo::~TClassInfo() {
+  for (size_t i = 0; i < FOwnPropertyCount; ++i) delete FProperties[i];
+  for (TypInfo::TCustomAttribute* attribute : FAttributes) delete attribute;
+}
+
 UnicodeString TClassInfo::QualifiedClassName() const {
   if (FUnitName.empty()) return ClassName();
   return UnicodeString(FUnitName) + u"." + UnicodeString(FClassName);

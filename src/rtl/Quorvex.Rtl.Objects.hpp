@@ -8,6 +8,7 @@
 #include <mutex>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
@@ -76,17 +77,34 @@ constexpr int32_t NoInterface = static_cast<int32_t>(0x80004002u);  // E_NOINTER
 class TObject;
 class TClassInfo;
 
+// The properties and markers a class declares, collected when its class
+// information is built (see Quorvex.Rtl.TypInfo.hpp).
+class TClassMembers;
+}  // namespace Quorvex::Rtl::Objects
+
+namespace Quorvex::Rtl::TypInfo {
+class TRttiProperty;
+class TCustomAttribute;
+}  // namespace Quorvex::Rtl::TypInfo
+
+namespace Quorvex::Rtl::Objects {
+
 // A class reference: the class information of one class.
 using TClass = const TClassInfo*;
 
-// What the runtime knows of a class: its names, its parent and how to make
-// an instance. One record per class, built on first use and never freed.
+// What the runtime knows of a class: its names, its parent, how to make
+// an instance, and the properties and markers it declares. One record per
+// class, built on first use and never freed.
 class QXRTL_API TClassInfo {
  public:
   using TFactory = TObject* (*)();
+  using TDescribe = void (*)(TClassMembers& members);
+  using TProperties = std::vector<const TypInfo::TRttiProperty*>;
+  using TAttributes = std::vector<TypInfo::TCustomAttribute*>;
 
-  TClassInfo(UnicodeStringView className, UnicodeStringView unitName, TClass parent, TFactory factory)
-      : FClassName(className), FUnitName(unitName), FParent(parent), FFactory(factory) {}
+  TClassInfo(UnicodeStringView className, UnicodeStringView unitName, TClass parent, TFactory factory,
+             TDescribe describe = nullptr);
+  ~TClassInfo();
   TClassInfo(const TClassInfo&) = delete;
   TClassInfo& operator=(const TClassInfo&) = delete;
 
@@ -104,13 +122,21 @@ class QXRTL_API TClassInfo {
   TObject* Create() const;
   bool CanCreate() const { return FFactory != nullptr; }
 
+  // The properties of the class: its own in declaration order, then those
+  // of each ancestor up to the root.
+  const TProperties& Properties() const { return FProperties; }
+  // The markers declared on this class itself, in declaration order.
+  const TAttributes& Attributes() const { return FAttributes; }
+
  private:
   UnicodeStringView FClassName;
   UnicodeStringView FUnitName;
   TClass FParent;
   TFactory FFactory;
+  TProperties FProperties;
+  TAttributes FAttributes;  // owned
+  size_t FOwnPropertyCount = 0;  // the first ones of FProperties, owned
 };
-
 // Makes a T with `new` and then runs its AfterConstruction, which a class
 // relies on to finish construction (a counted object drops the reference
 // that kept it alive while its constructors ran). An exception from a
@@ -119,6 +145,25 @@ template <typename T, typename... Args>
 T* CreateObject(Args&&... args);
 
 namespace Detail {
+// Property declarations count themselves through overloads ranked by
+// inheritance: the call with the highest rank picks the last declaration.
+template <int N>
+struct TRank : TRank<N - 1> {};
+template <>
+struct TRank<0> {};
+template <int N>
+struct TIndex {
+  static constexpr int Value = N;
+};
+constexpr int kMaxProperties = 128;
+
+// Reaches the members QX_CLASS and QX_PROPERTY declare, whatever their access.
+struct TMemberAccess;
+
+// Collects the properties and markers of C into `members`.
+template <typename C>
+void DescribeMembers(TClassMembers& members);
+
 template <typename T>
 constexpr TClassInfo::TFactory DefaultFactory() {
   if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>)
@@ -130,18 +175,24 @@ constexpr TClassInfo::TFactory DefaultFactory() {
 
 // Gives a class its class information. Place at the top of the class body:
 //   class TAppSettings : public TObject { QX_CLASS(TAppSettings, TObject, "Quorvex.App.Settings") ... };
-#define QX_CLASS(ThisClass, ParentClass, UnitName)                                     \
- public:                                                                               \
-  using inherited = ParentClass;                                                       \
-  static ::Quorvex::Rtl::Objects::TClass StaticClass() {                               \
-    static const ::Quorvex::Rtl::Objects::TClassInfo info(                             \
-        u"" #ThisClass, u"" UnitName, ParentClass::StaticClass(),                      \
-        ::Quorvex::Rtl::Objects::Detail::DefaultFactory<ThisClass>());                 \
-    return &info;                                                                      \
-  }                                                                                    \
-  ::Quorvex::Rtl::Objects::TClass ClassType() const override { return StaticClass(); } \
-                                                                                       \
- private:
+// Properties (QX_PROPERTY) and class markers (QX_CLASS_ATTRIBUTES) may follow.
+#define QX_CLASS(ThisClass, ParentClass, UnitName)                                                              \
+ public:                                                                                                        \
+  using inherited = ParentClass;                                                                                \
+  using QxSelf = ThisClass;                                                                                     \
+  static ::Quorvex::Rtl::Objects::TClass StaticClass() {                                                        \
+    static const ::Quorvex::Rtl::Objects::TClassInfo info(                                                      \
+        u"" #ThisClass, u"" UnitName, ParentClass::StaticClass(),                                               \
+        ::Quorvex::Rtl::Objects::Detail::DefaultFactory<ThisClass>(),                                           \
+        &::Quorvex::Rtl::Objects::Detail::DescribeMembers<ThisClass>);                                          \
+    return &info;                                                                                               \
+  }                                                                                                             \
+  ::Quorvex::Rtl::Objects::TClass ClassType() const override { return StaticClass(); }                          \
+                                                                                                                \
+ private:                                                                                                       \
+  friend struct ::Quorvex::Rtl::Objects::Detail::TMemberAccess;                                                 \
+  static ::Quorvex::Rtl::Objects::Detail::TIndex<0> QxNextProperty(::Quorvex::Rtl::Objects::Detail::TRank<0>); \
+  static void QxClassAttributes(::Quorvex::Rtl::Objects::Detail::TRank<0>, ::Quorvex::Rtl::Objects::TClassMembers&) {}
 
 // The root of all classes.
 class QXRTL_API TObject {

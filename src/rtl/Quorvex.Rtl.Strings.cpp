@@ -1,8 +1,11 @@
 #include "Quorvex.Rtl.Strings.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include "Quorvex.Platform.Unicode.hpp"
@@ -194,6 +197,60 @@ int64_t StrToInt64Def(UnicodeStringView s, int64_t def) {
 TFormatSettings& FormatSettings() {
   static TFormatSettings settings{Platform::DecimalSeparator(), Platform::ThousandSeparator()};
   return settings;
+}
+
+// ---------------------------------------------------------------------------
+// Floats as text
+
+UnicodeString FloatToStr(long double value, int digits) { return FloatToStr(value, digits, FormatSettings()); }
+
+UnicodeString FloatToStr(long double value, int digits, const TFormatSettings& settings) {
+  if (std::isnan(value)) return u"NAN";
+  if (std::isinf(value)) return value < 0 ? u"-INF" : u"INF";
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.*Lg", std::clamp(digits, 1, 18), value);
+  // "%g" writes "1.5e-07"; the runtime's form is "1.5E-7".
+  UnicodeString text;
+  for (const char* c = buffer; *c != 0; ++c) {
+    if (*c == '.') {
+      text += settings.DecimalSeparator;
+    } else if (*c == 'e') {
+      text += u'E';
+      if (c[1] == '-') text += u'-';
+      c += (c[1] == '-' || c[1] == '+') ? 1 : 0;
+      while (c[1] == '0' && c[2] != 0) ++c;
+    } else {
+      text += static_cast<Char>(*c);
+    }
+  }
+  return text;
+}
+
+bool TryStrToFloat(UnicodeStringView s, long double& value) { return TryStrToFloat(s, value, FormatSettings()); }
+
+bool TryStrToFloat(UnicodeStringView s, long double& value, const TFormatSettings& settings) {
+  const UnicodeString trimmed = Trim(s);
+  std::string ascii;
+  for (const Char c : trimmed) {
+    if (c == settings.DecimalSeparator) {
+      ascii += '.';
+    } else if (c < 128 && c != '.') {
+      ascii += static_cast<char>(c);
+    } else {
+      return false;
+    }
+  }
+  // strtold takes a leading "+", hexadecimal floats and "INFINITY"; the
+  // runtime's form takes only the sign, decimals and NAN/INF.
+  const bool special = SameText(trimmed, u"NAN") || SameText(trimmed, u"INF") || SameText(trimmed, u"-INF") ||
+                       SameText(trimmed, u"+INF");
+  if (ascii.empty() || (!special && ascii.find_first_of("xXnNiIpP") != std::string::npos)) return false;
+  errno = 0;
+  char* end = nullptr;
+  const long double parsed = std::strtold(ascii.c_str(), &end);
+  if (end != ascii.c_str() + ascii.size() || errno == ERANGE) return false;
+  value = parsed;
+  return true;
 }
 
 TFormatArg::TFormatArg(const TFormatArg& other)

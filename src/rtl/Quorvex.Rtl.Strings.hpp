@@ -109,6 +109,18 @@ class QXRTL_API TFormatArg {
   Char Char_ = 0;
 };
 
+// Shortest general text of a float with at most `digits` significant
+// digits (15 suits a double): "1.5", "0.0001", "1E20", "-2.5E-7", with the
+// settings' decimal separator; "NAN", "INF" and "-INF" for the special values.
+QXRTL_API UnicodeString FloatToStr(long double value, int digits = 15);
+QXRTL_API UnicodeString FloatToStr(long double value, int digits, const TFormatSettings& settings);
+
+// Parses a float written with the settings' decimal separator: optional
+// blanks and sign, digits with an optional fraction and exponent, or NAN,
+// INF. Returns false for anything else and for values out of range.
+QXRTL_API bool TryStrToFloat(UnicodeStringView s, long double& value);
+QXRTL_API bool TryStrToFloat(UnicodeStringView s, long double& value, const TFormatSettings& settings);
+
 // Formats like the runtime's Format: directives "%" [index ":"] ["-"]
 // [width] ["." precision] type, with types d, u, x (upper-case hex), s,
 // f, e, g, n and "%%". Raises EConvertError "Format '%s' invalid or

@@ -222,6 +222,7 @@ TXmlNode TXmlDocument::CreateDocumentElement(UnicodeStringView name) {
 void TXmlDocument::LoadFromFile(UnicodeStringView fileName) {
   const Files::RawByteString bytes = Files::ReadFileBytes(fileName);
   FTree = Parse(bytes, pugi::encoding_auto, Format(u"file \"%s\"", fileName));
+  ++FGeneration;
 }
 
 void TXmlDocument::SaveToFile(UnicodeStringView fileName) const {
@@ -230,6 +231,7 @@ void TXmlDocument::SaveToFile(UnicodeStringView fileName) const {
 
 void TXmlDocument::LoadFromText(UnicodeStringView text) {
   FTree = Parse(Utf16ToUtf8(text), pugi::encoding_utf8, u"text");
+  ++FGeneration;
 }
 
 UnicodeString TXmlDocument::SaveToText() const {

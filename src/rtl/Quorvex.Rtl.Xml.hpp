@@ -5,6 +5,7 @@
 // hold any character the file system takes.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -91,6 +92,10 @@ class QXRTL_API TXmlDocument {
   bool Indent() const { return FIndent; }
   void SetIndent(bool indent) { FIndent = indent; }
 
+  // Counts the loads: it changes whenever a load replaces the tree, so a
+  // holder of node handles can tell they belong to the previous content.
+  uint64_t Generation() const { return FGeneration; }
+
   // The document element; nullopt for an empty document.
   std::optional<TXmlNode> DocumentElement() const;
   // Makes a new, empty element called `name` the document element,
@@ -117,6 +122,7 @@ class QXRTL_API TXmlDocument {
  private:
   std::shared_ptr<TXmlTree> FTree;
   bool FIndent = false;
+  uint64_t FGeneration = 0;
 };
 
 }  // namespace Quorvex::Rtl::Xml

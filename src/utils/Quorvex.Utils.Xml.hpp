@@ -6,6 +6,7 @@
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
+#include "Quorvex.Rtl.Xml.hpp"
 
 namespace Quorvex::Utils::Xml {
 
@@ -13,8 +14,9 @@ using Rtl::DateTime::TDateTime;
 using Rtl::Strings::UnicodeString;
 using Rtl::Strings::UnicodeStringView;
 
-// Malformed XML date-time text.
-QX_DECLARE_EXCEPTION(EXmlError, Rtl::Exceptions::Exception, "Quorvex.Utils.Xml");
+// Malformed XML date-time text raises the library's one XML exception, the
+// same that reports malformed documents.
+using Rtl::Xml::EXmlError;
 
 struct QXRTL_API gXml {
   gXml() = delete;
