@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -578,6 +579,233 @@ TEST(RtlClassesTest, EnumeratorsWalkTheLines) {
   while (enumerator->MoveNext()) walked.push_back(Utf16ToUtf8(enumerator->GetCurrent()));
   EXPECT_EQ(walked, LinesOf(*list));
   EXPECT_FALSE(enumerator->MoveNext() || enumerator->GetCurrent() != u"c");  // stays on the last line
+}
+
+// ---------------------------------------------------------------- collections
+
+using Exceptions::EInvalidCast;
+using Exceptions::EListError;
+using IDs = std::vector<int>;
+
+class TNamedItem : public TCollectionItem {
+  QX_CLASS(TNamedItem, TCollectionItem, "Tests")
+ public:
+  void Assign(TPersistent* source) override {
+    if (auto* item = dynamic_cast<TNamedItem*>(source)) {
+      Name = item->Name;
+      return;
+    }
+    inherited::Assign(source);
+  }
+  UnicodeString DisplayName() const override { return Name; }
+
+  UnicodeString Name;
+};
+
+class TPlainItem : public TCollectionItem {
+  QX_CLASS(TPlainItem, TCollectionItem, "Tests")
+};
+
+// Counts its destructions; refuses to be freed while `Refuse` is set.
+class TGuardedItem : public TCollectionItem {
+  QX_CLASS(TGuardedItem, TCollectionItem, "Tests")
+ public:
+  static inline int Freed = 0;
+  static inline bool Refuse = false;
+  ~TGuardedItem() override { ++Freed; }
+
+ protected:
+  void BeginDestruction() override {
+    if (Refuse) throw Exceptions::EInvalidOperation(u"kept");
+    inherited::BeginDestruction();
+  }
+};
+
+// No default constructor: its class cannot make an instance.
+class TArgumentItem : public TCollectionItem {
+  QX_CLASS(TArgumentItem, TCollectionItem, "Tests")
+ public:
+  explicit TArgumentItem(int) {}
+};
+
+IDs IDsOf(const TCollection& collection) {
+  IDs ids;
+  for (int i = 0; i < collection.Count(); ++i) ids.push_back(collection.Items(i)->ID());
+  return ids;
+}
+
+TEST(RtlClassesTest, CollectionItemsKeepUniqueIDsAndFollowTheirIndexes) {
+  TCollection collection(TNamedItem::StaticClass());
+  EXPECT_EQ(collection.ItemClass(), TNamedItem::StaticClass());
+  const struct Step {
+    const char* what;
+    std::function<void(TCollection&)> run;
+    IDs ids;
+  } steps[] = {
+      {"add", [](TCollection& c) { c.Add(); }, {0}},
+      {"add twice", [](TCollection& c) { c.Add(), c.Add(); }, {0, 1, 2}},
+      {"insert inside", [](TCollection& c) { c.Insert(1); }, {0, 3, 1, 2}},
+      {"insert at the end", [](TCollection& c) { c.Insert(4); }, {0, 3, 1, 2, 4}},
+      {"delete the first", [](TCollection& c) { c.Delete(0); }, {3, 1, 2, 4}},
+      {"move forward", [](TCollection& c) { c.Items(0)->SetIndex(2); }, {1, 2, 3, 4}},
+      {"move back", [](TCollection& c) { c.Items(3)->SetIndex(0); }, {4, 1, 2, 3}},
+      {"move in place", [](TCollection& c) { c.Items(1)->SetIndex(1); }, {4, 1, 2, 3}},
+      {"free an item", [](TCollection& c) { Objects::FreeObject(c.Items(2)); }, {4, 1, 3}},
+      {"delete the last", [](TCollection& c) { c.Delete(2); }, {4, 1}},
+      {"clear, then add", [](TCollection& c) { c.Clear(), c.Add(); }, {5}},  // IDs are never reused
+  };
+  for (const Step& step : steps) {
+    SCOPED_TRACE(step.what);
+    step.run(collection);
+    EXPECT_EQ(IDsOf(collection), step.ids);
+    for (int i = 0; i < collection.Count(); ++i) {
+      TCollectionItem* item = collection.Items(i);
+      EXPECT_EQ(item->Index(), i);
+      EXPECT_EQ(item->Collection(), &collection);
+      EXPECT_EQ(item->ClassType(), TNamedItem::StaticClass());  // made from the item class
+      EXPECT_EQ(collection.FindItemID(item->ID()), item);
+    }
+  }
+  EXPECT_EQ(collection.FindItemID(0), nullptr);
+  EXPECT_EQ(collection.FindItemID(6), nullptr);
+}
+
+TEST(RtlClassesTest, CollectionItemsMoveBetweenCollectionsOfTheirClass) {
+  TCollection named(TNamedItem::StaticClass());
+  TCollection any(TCollectionItem::StaticClass());
+  TCollection plain(TPlainItem::StaticClass());
+  any.Add();
+  TCollectionItem* first = named.Add();
+  TCollectionItem* second = named.Add();
+
+  first->SetCollection(&any);  // a subclass's item fits a collection of its base
+  EXPECT_EQ(first->Collection(), &any);
+  EXPECT_EQ(first->Index(), 1);
+  EXPECT_EQ(first->ID(), 1);  // numbered by its new collection
+  EXPECT_EQ(IDsOf(named), IDs{1});
+  EXPECT_EQ(second->Index(), 0);
+
+  // A collection refuses items of another class; the item stays where it was.
+  TCollectionItem* stranger = plain.Add();
+  EXPECT_RAISES(EInvalidCast, stranger->SetCollection(&named), u"Invalid class typecast");
+  EXPECT_RAISES(EInvalidCast, any.Items(0)->SetCollection(&plain), u"Invalid class typecast");
+  EXPECT_EQ(stranger->Collection(), &plain);
+  EXPECT_EQ(named.Count(), 1);
+  EXPECT_EQ(any.Count(), 2);
+
+  // Leaving every collection: no index, and the caller owns the item.
+  first->SetCollection(nullptr);
+  EXPECT_EQ(first->Collection(), nullptr);
+  EXPECT_EQ(first->Index(), -1);
+  first->SetIndex(5);  // nothing to move within
+  EXPECT_EQ(any.Count(), 1);
+  first->SetCollection(&named);
+  EXPECT_EQ(IDsOf(named), (IDs{1, 2}));
+  first->SetCollection(&named);  // already there: nothing changes
+  EXPECT_EQ(IDsOf(named), (IDs{1, 2}));
+
+  EXPECT_EQ(stranger->DisplayName(), u"TPlainItem");
+  static_cast<TNamedItem*>(first)->Name = u"Shown";
+  EXPECT_EQ(first->DisplayName(), u"Shown");
+}
+
+TEST(RtlClassesTest, CollectionsRefuseWrongClassesAndIndexes) {
+  for (TClass itemClass :
+       {static_cast<TClass>(nullptr), TObject::StaticClass(), TPersistent::StaticClass(), TStringList::StaticClass()}) {
+    SCOPED_TRACE(itemClass != nullptr ? Utf16ToUtf8(itemClass->ClassName()) : "nullptr");
+    EXPECT_RAISES(EInvalidCast, TCollection collection(itemClass), u"Invalid class typecast");
+  }
+  TCollection uncreatable(TArgumentItem::StaticClass());
+  EXPECT_RAISES(Exceptions::EAbstractError, uncreatable.Add(), u"Abstract Error");
+  EXPECT_EQ(uncreatable.Count(), 0);
+
+  TCollection collection(TPlainItem::StaticClass());
+  collection.Add();
+  collection.Add();
+  const std::tuple<const char*, std::function<void()>, const char16_t*> cases[] = {
+      {"Items(-1)", [&] { collection.Items(-1); }, u"List index out of bounds (-1)"},
+      {"Items(2)", [&] { collection.Items(2); }, u"List index out of bounds (2)"},
+      {"Delete(2)", [&] { collection.Delete(2); }, u"List index out of bounds (2)"},
+      {"Delete(-3)", [&] { collection.Delete(-3); }, u"List index out of bounds (-3)"},
+      {"Insert(-1)", [&] { collection.Insert(-1); }, u"List index out of bounds (-1)"},
+      {"Insert(3)", [&] { collection.Insert(3); }, u"List index out of bounds (3)"},
+      {"SetIndex(2)", [&] { collection.Items(0)->SetIndex(2); }, u"List index out of bounds (2)"},
+      {"SetIndex(-1)", [&] { collection.Items(1)->SetIndex(-1); }, u"List index out of bounds (-1)"},
+  };
+  for (const auto& [what, call, message] : cases) {
+    SCOPED_TRACE(what);
+    EXPECT_RAISES(EListError, call(), message);
+    EXPECT_EQ(IDsOf(collection), (IDs{0, 1}));  // nothing changed
+  }
+}
+
+TEST(RtlClassesTest, CollectionsAssignItemByItem) {
+  TCollection source(TNamedItem::StaticClass());
+  for (const char16_t* name : {u"a", u"b", u"c"}) static_cast<TNamedItem*>(source.Add())->Name = name;
+  TCollection target(TNamedItem::StaticClass());
+  target.Add();
+  target.Add();
+  target.Assign(&source);
+  ASSERT_EQ(target.Count(), 3);
+  for (int i = 0; i < 3; ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_NE(target.Items(i), source.Items(i));  // copies, not the source's items
+    EXPECT_EQ(target.Items(i)->DisplayName(), source.Items(i)->DisplayName());
+  }
+  EXPECT_EQ(IDsOf(target), (IDs{2, 3, 4}));  // the target's own numbering goes on
+  target.Assign(&target);
+  EXPECT_EQ(IDsOf(target), (IDs{2, 3, 4}));
+
+  TStringList list;
+  TCollection plain(TPlainItem::StaticClass());
+  plain.Add();
+  const std::tuple<TPersistent*, TPersistent*, const char16_t*> cases[] = {
+      {&target, nullptr, u"Cannot assign a nil to a TCollection"},
+      {&target, &list, u"Cannot assign a TStringList to a TCollection"},
+      {&list, &target, u"Cannot assign a TCollection to a TStringList"},
+      {&target, &plain, u"Cannot assign a TPlainItem to a TNamedItem"},
+      {&plain, &source, u"Cannot assign a TNamedItem to a TPlainItem"},  // items without an Assign of their own
+  };
+  for (const auto& [dest, from, message] : cases) {
+    SCOPED_TRACE(Utf16ToUtf8(message));
+    EXPECT_RAISES(EConvertError, dest->Assign(from), message);
+  }
+}
+
+TEST(RtlClassesTest, CollectionsFreeTheirItems) {
+  TGuardedItem::Freed = 0;
+  {
+    TCollection collection(TGuardedItem::StaticClass());
+    for (int i = 0; i < 3; ++i) collection.Add();
+  }
+  EXPECT_EQ(TGuardedItem::Freed, 3);
+
+  TGuardedItem::Freed = 0;
+  std::vector<TCollectionItem*> loose;
+  {
+    TCollection collection(TGuardedItem::StaticClass());
+    for (int i = 0; i < 4; ++i) collection.Add();
+    collection.Delete(1);
+    EXPECT_EQ(TGuardedItem::Freed, 1);
+    loose.push_back(collection.Items(0));
+    loose.back()->SetCollection(nullptr);  // now the caller's to free
+
+    // An item refusing to be freed stops Clear and keeps its place.
+    TGuardedItem::Refuse = true;
+    EXPECT_RAISES(Exceptions::EInvalidOperation, collection.Clear(), u"kept");
+    EXPECT_EQ(IDsOf(collection), (IDs{2, 3}));
+    loose.push_back(collection.Items(0));
+    loose.push_back(collection.Items(1));
+  }
+  // A destructor cannot pass the refusal on: it lets the items go instead.
+  EXPECT_EQ(TGuardedItem::Freed, 1);
+  TGuardedItem::Refuse = false;
+  for (TCollectionItem* item : loose) {
+    EXPECT_EQ(item->Collection(), nullptr);
+    EXPECT_EQ(item->Index(), -1);
+    Objects::FreeObject(item);
+  }
+  EXPECT_EQ(TGuardedItem::Freed, 4);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -170,6 +171,126 @@ void TPersistent::AssignTo(TPersistent* dest) { dest->AssignError(this); }
 void TPersistent::AssignError(const TPersistent* source) const {
   const UnicodeString sourceName = source != nullptr ? source->ClassName() : UnicodeString(u"nil");
   throw EConvertError(Format(u"Cannot assign a %s to a %s", sourceName, ClassName()));
+}
+
+// ---------------------------------------------------------------- TCollectionItem
+
+TCollectionItem::~TCollectionItem() {
+  if (FCollection != nullptr) FCollection->RemoveItem(*this);
+}
+
+void TCollectionItem::SetCollection(TCollection* collection) {
+  if (collection == FCollection) return;
+  TCollection* old = FCollection;
+  // Joining first: when the new collection refuses, the item stays put.
+  if (collection != nullptr)
+    collection->InsertItem(*this, collection->Count());
+  else
+    FCollection = nullptr;
+  if (old != nullptr) old->RemoveItem(*this);
+}
+
+int TCollectionItem::Index() const { return FCollection != nullptr ? FCollection->IndexOf(*this) : -1; }
+
+void TCollectionItem::SetIndex(int index) {
+  if (FCollection != nullptr) FCollection->MoveItem(Index(), index);
+}
+
+UnicodeString TCollectionItem::DisplayName() const { return ClassName(); }
+
+// ---------------------------------------------------------------- TCollection
+
+TCollection::TCollection(TClass itemClass) : FItemClass(itemClass) {
+  if (itemClass == nullptr || !itemClass->InheritsFrom(TCollectionItem::StaticClass())) Exceptions::RaiseInvalidCast();
+}
+
+TCollection::~TCollection() {
+  while (!FItems.empty()) {
+    TCollectionItem* item = FItems.back();
+    try {
+      Objects::FreeObject(item);
+    } catch (...) {
+      // A destructor cannot pass the refusal on; the item lives on alone.
+      item->FCollection = nullptr;
+      FItems.pop_back();
+    }
+  }
+}
+
+void TCollection::CheckIndex(int index, int high) {
+  if (index < 0 || index > high) Exceptions::RaiseListIndexError(index);
+}
+
+int TCollection::Count() const { return Checked::Narrow<int>(FItems.size()); }
+
+TCollectionItem* TCollection::Items(int index) const {
+  CheckIndex(index, Count() - 1);
+  return FItems[static_cast<size_t>(index)];
+}
+
+TCollectionItem* TCollection::FindItemID(int id) const {
+  const auto found =
+      std::find_if(FItems.begin(), FItems.end(), [id](const TCollectionItem* item) { return item->FID == id; });
+  return found != FItems.end() ? *found : nullptr;
+}
+
+TCollectionItem* TCollection::Add() { return Insert(Count()); }
+
+TCollectionItem* TCollection::Insert(int index) {
+  CheckIndex(index, Count());
+  std::unique_ptr<TObject> made(FItemClass->Create());
+  auto* item = Objects::ObjectCast<TCollectionItem>(made.get());
+  InsertItem(*item, index);
+  made.release();
+  return item;
+}
+
+void TCollection::Delete(int index) { Objects::FreeObject(Items(index)); }
+
+void TCollection::Clear() {
+  while (!FItems.empty()) Objects::FreeObject(FItems.back());
+}
+
+void TCollection::Assign(TPersistent* source) {
+  auto* collection = dynamic_cast<TCollection*>(source);
+  if (collection == nullptr) {
+    inherited::Assign(source);
+    return;
+  }
+  // Clearing first would empty the very source being copied.
+  if (collection == this) return;
+  Clear();
+  for (int i = 0; i < collection->Count(); ++i) Add()->Assign(collection->Items(i));
+}
+
+void TCollection::InsertItem(TCollectionItem& item, int index) {
+  if (!item.InheritsFrom(FItemClass)) Exceptions::RaiseInvalidCast();
+  const int nextID = Checked::Add(FNextID, 1);
+  FItems.insert(FItems.begin() + index, &item);
+  item.FCollection = this;
+  item.FID = FNextID;
+  FNextID = nextID;
+}
+
+void TCollection::RemoveItem(const TCollectionItem& item) {
+  // Searched from the end, where Clear and the destructor take items.
+  const auto found = std::find(FItems.rbegin(), FItems.rend(), &item);
+  if (found != FItems.rend()) FItems.erase(std::next(found).base());
+}
+
+void TCollection::MoveItem(int curIndex, int newIndex) {
+  CheckIndex(newIndex, Count() - 1);
+  const auto cur = FItems.begin() + curIndex;
+  const auto target = FItems.begin() + newIndex;
+  if (curIndex < newIndex)
+    std::rotate(cur, cur + 1, target + 1);
+  else
+    std::rotate(target, cur, cur + 1);
+}
+
+int TCollection::IndexOf(const TCollectionItem& item) const {
+  const auto found = std::find(FItems.begin(), FItems.end(), &item);
+  return found != FItems.end() ? static_cast<int>(found - FItems.begin()) : -1;
 }
 
 // ---------------------------------------------------------------- TStrings

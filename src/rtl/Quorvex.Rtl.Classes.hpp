@@ -1,4 +1,5 @@
-// The persistent-object base and the runtime's string lists: TStrings, the
+// The persistent-object base, the owned-item collection (TCollection and
+// its TCollectionItem) and the runtime's string lists: TStrings, the
 // abstract list of lines (each with an optional attached object), its text
 // forms and its loading and saving in any encoding, and TStringList, the
 // array-backed list that can sort, reject duplicates and own the attached
@@ -18,6 +19,7 @@ namespace Quorvex::Rtl::Classes {
 
 using Encoding::TEncoding;
 using Objects::IntfPtr;
+using Objects::TClass;
 using Objects::TGUID;
 using Objects::TObject;
 using Streams::TStream;
@@ -46,6 +48,107 @@ class QXRTL_API TPersistent : public TObject {
 
   // Raises EConvertError for assigning `source` to this object.
   [[noreturn]] void AssignError(const TPersistent* source) const;
+};
+
+class TCollection;
+
+// An item owned by a TCollection. Items are made by their collection from
+// its item class (TClassInfo::Create), so a subclass needs a default
+// constructor. Freeing an item takes it out of its collection.
+class QXRTL_API TCollectionItem : public TPersistent {
+  QX_CLASS(TCollectionItem, TPersistent, "Quorvex.Rtl.Classes")
+ public:
+  TCollectionItem() = default;
+  // Leaves the collection that holds the item, if any.
+  ~TCollectionItem() override;
+  TCollectionItem(const TCollectionItem&) = delete;
+  TCollectionItem& operator=(const TCollectionItem&) = delete;
+
+  // The collection holding the item; nullptr when none.
+  TCollection* Collection() const { return FCollection; }
+  // Moves the item to the end of `collection` (nullptr: into none), where
+  // it gets a new ID. Raises EInvalidCast "Invalid class typecast" when the
+  // item is not of the collection's item class; the item then stays put.
+  void SetCollection(TCollection* collection);
+
+  // The 0-based position in the collection; -1 when in none.
+  int Index() const;
+  // Moves the item to position `index` of its collection, the others
+  // closing up; nothing happens for an item in no collection. Raises
+  // EListError "List index out of bounds (%d)" outside 0..Count-1.
+  void SetIndex(int index);
+
+  // Given by the collection when the item joins it: unique within that
+  // collection and never handed out again there, even after a delete.
+  int ID() const { return FID; }
+
+  // The name shown for the item; the base answers the class name.
+  virtual UnicodeString DisplayName() const;
+
+ private:
+  friend class TCollection;
+
+  TCollection* FCollection = nullptr;
+  int FID = 0;
+};
+
+// An ordered list of items of one class that the collection owns: it makes
+// them (Add, Insert), frees them (Delete, Clear, its destructor) and copies
+// another collection item by item (Assign). Indexes are 0-based; one
+// outside the items raises EListError "List index out of bounds (%d)" and
+// changes nothing.
+class QXRTL_API TCollection : public TPersistent {
+  QX_CLASS(TCollection, TPersistent, "Quorvex.Rtl.Classes")
+ public:
+  // A collection of `itemClass` items. Raises EInvalidCast "Invalid class
+  // typecast" when the class is nullptr or not a TCollectionItem.
+  explicit TCollection(TClass itemClass);
+  // Frees every item. An item that refuses to be freed (its
+  // BeginDestruction or BeforeDestruction raises) is let go instead.
+  ~TCollection() override;
+  TCollection(const TCollection&) = delete;
+  TCollection& operator=(const TCollection&) = delete;
+
+  TClass ItemClass() const { return FItemClass; }
+  int Count() const;
+  // The item at `index`.
+  TCollectionItem* Items(int index) const;
+  // The item whose ID is `id`; nullptr when none.
+  TCollectionItem* FindItemID(int id) const;
+
+  // Makes an item of the item class and appends it. An item class without
+  // a default constructor raises EAbstractError "Abstract Error".
+  TCollectionItem* Add();
+  // Makes an item of the item class at `index` (0..Count).
+  TCollectionItem* Insert(int index);
+  // Frees the item at `index`.
+  void Delete(int index);
+  // Frees every item, the last first; an item that refuses stops the
+  // clearing with its exception.
+  void Clear();
+
+  // Replaces the items with one new item per item of another TCollection,
+  // each copied with the new item's Assign; other sources as TPersistent.
+  // An item's Assign that raises (the base's EConvertError when the item
+  // class has none) stops the copy, leaving the items made so far.
+  void Assign(TPersistent* source) override;
+
+ private:
+  friend class TCollectionItem;
+
+  // Raises EListError unless 0 <= index <= high.
+  static void CheckIndex(int index, int high);
+  // Puts `item` at `index` with the next ID; raises EInvalidCast for an
+  // item of another class. The item's old collection still lists it.
+  void InsertItem(TCollectionItem& item, int index);
+  // Takes `item` off the list; the item's own fields are left to the caller.
+  void RemoveItem(const TCollectionItem& item);
+  void MoveItem(int curIndex, int newIndex);
+  int IndexOf(const TCollectionItem& item) const;
+
+  TClass FItemClass;
+  std::vector<TCollectionItem*> FItems;
+  int FNextID = 0;
 };
 
 class TStrings;
