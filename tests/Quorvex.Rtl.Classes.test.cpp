@@ -45,7 +45,7 @@ TEST(RtlClassesTest, DelimitedTextOutputQuotesOnlyWhatNeedsIt) {
   const std::tuple<Lines, bool, char16_t, char16_t, std::string> cases[] = {
       {{}, false, u',', u'"', ""},
       {{""}, false, u',', u'"', "\"\""},  // quoted, or it would read back as no line
-      {{"", ""}, false, u',', u'"', ","},
+      {{"a", "", ""}, false, u',', u'"', "a,\"\",\"\""},
       {{"caf\xC3\xA9", "b c", "d,e", "t\tx"}, false, u',', u'"', "caf\xC3\xA9,\"b c\",\"d,e\",\"t\tx\""},
       {{"b c", " ", "d,e", "q\"x"}, true, u',', u'"', "b c, ,\"d,e\",\"q\"\"x\""},
       {{"a,b", "c;d"}, false, u';', u'"', "a,b;\"c;d\""},

@@ -106,7 +106,9 @@ std::pair<size_t, size_t> FindLineEnd(UnicodeStringView text, size_t pos, Unicod
 void AppendItem(UnicodeString& out, UnicodeStringView s, Char delimiter, Char quoteChar, bool strict) {
   const auto special = std::find_if(
       s.begin(), s.end(), [&](Char c) { return c == 0 || c == quoteChar || c == delimiter || (!strict && c <= u' '); });
-  if (special == s.end() || *special == 0) {
+  // An empty item is quoted too, so that it reads back as an item, also
+  // when it is the only one.
+  if (!s.empty() && (special == s.end() || *special == 0)) {
     out += s;
     return;
   }
@@ -452,8 +454,6 @@ void StrDispose(Char* text) { delete[] text; }
 
 UnicodeString TStrings::JoinDelimited(Char delimiter, Char quoteChar) const {
   const int count = GetCount();
-  // Without the quotes, one empty line would read back as no line at all.
-  if (count == 1 && Get(0).empty()) return UnicodeString(2, quoteChar);
   UnicodeString text;
   text.reserve(TotalLength() + static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
