@@ -1,17 +1,22 @@
 // A first tour of QxRtl: formats sizes and rates, joins and splits lists,
 // builds paths, writes and reads the XML date-time form, finds free file
 // names in a scratch folder, describes the machine and a sample
-// application's identity and checks a few URLs, printing each step.
+// application's identity, keeps its settings file and checks a few URLs,
+// printing each step.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <memory>
 
 #include "Quorvex.App.Info.hpp"
+#include "Quorvex.App.Settings.hpp"
+#include "Quorvex.Rtl.Classes.hpp"
 #include "Quorvex.Rtl.DateTime.hpp"
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Files.hpp"
+#include "Quorvex.Types.Registry.hpp"
 #include "Quorvex.Types.Url.hpp"
 #include "Quorvex.Utils.DateTime.hpp"
 #include "Quorvex.Utils.Files.hpp"
@@ -143,6 +148,76 @@ void ShowApplication() {
   Print(u"  Sales:     " + app.GetMailtoSales());
 }
 
+// Where a backup goes: the settings hold one of these, written with its
+// registered name so that the right class comes back.
+class TDestination : public Rtl::Classes::TPersistent {
+  QX_CLASS(TDestination, TPersistent, "Example")
+};
+
+class TFolderDestination : public TDestination {
+  QX_CLASS(TFolderDestination, TDestination, "Example")
+ public:
+  UnicodeString Folder = u"backups";
+  QX_PROPERTY(published, Folder, Folder, Folder);
+};
+
+class TJob : public Rtl::Classes::TCollectionItem {
+  QX_CLASS(TJob, TCollectionItem, "Example")
+ public:
+  UnicodeString Source;
+  int KeepDays = 30;
+  QX_PROPERTY(published, Source, Source, Source);
+  QX_PROPERTY(published, KeepDays, KeepDays, KeepDays);
+};
+
+QX_ENUM(TCompression, uint8_t, cmNone, cmFast, cmBest);
+
+// The product's preferences: each published property is one element of
+// "Preferences.xml" in the settings folder.
+class TBackupSettings : public App::Settings::TAppSettings {
+  QX_CLASS(TBackupSettings, TAppSettings, "Example")
+  Rtl::Classes::TStringList FRecent;
+  Rtl::Classes::TCollection FJobs{TJob::StaticClass()};
+  std::unique_ptr<TDestination> FDestination = std::make_unique<TFolderDestination>();
+
+ public:
+  UnicodeString UserName = u"guest";
+  int RunCount = 0;
+  bool Verify = true;
+  TCompression Compression = cmFast;
+  Rtl::DateTime::TDateTime LastRun = 0;
+
+  Rtl::Classes::TStringList* GetRecent() { return &FRecent; }
+  Rtl::Classes::TCollection* GetJobs() { return &FJobs; }
+  TDestination* GetDestination() const { return FDestination.get(); }
+  void SetDestination(TDestination* value) {
+    if (value != FDestination.get()) FDestination.reset(value);
+  }
+
+  QX_PROPERTY(published, UserName, UserName, UserName);
+  QX_PROPERTY(published, RunCount, RunCount, RunCount);
+  QX_PROPERTY(published, Verify, Verify, Verify);
+  QX_PROPERTY(published, Compression, Compression, Compression);
+  QX_PROPERTY(published, LastRun, LastRun, LastRun);
+  QX_READONLY_PROPERTY(published, Recent, GetRecent);
+  QX_READONLY_PROPERTY(published, Jobs, GetJobs);
+  QX_PROPERTY(published, Destination, GetDestination, SetDestination);
+};
+
+void ShowSettings() {
+  Types::Registry::TTypeRegistry::RegisterClass<TFolderDestination>(u"folder");
+  TBackupSettings settings;
+  settings.Load();
+  settings.RunCount++;
+  settings.LastRun = Rtl::DateTime::Now();
+  settings.GetRecent()->Insert(0, Format(u"run %d", settings.RunCount));
+  while (settings.GetRecent()->GetCount() > 3) settings.GetRecent()->Delete(3);
+  if (settings.GetJobs()->Count() == 0) static_cast<TJob*>(settings.GetJobs()->Add())->Source = u"Documents";
+  settings.Save();
+  Print(u"Settings, run " + Rtl::Strings::IntToStr(settings.RunCount) + u", saved in " + settings.GetFileName() + u":");
+  Print(Rtl::Strings::Utf8ToUtf16(Rtl::Files::ReadFileBytes(settings.GetFileName())));
+}
+
 void ShowUrls() {
   using Types::Url::TUrl;
   Print(u"URLs:");
@@ -171,6 +246,7 @@ int main() {
     Print(u"Removed " + scratch);
     ShowSystem();
     ShowApplication();
+    ShowSettings();
     ShowUrls();
     return 0;
   } catch (const Rtl::Exceptions::Exception& e) {

@@ -5,6 +5,8 @@
 // fills any list as TValues.
 #pragma once
 
+#include <cstddef>
+#include <iterator>
 #include <vector>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
@@ -54,12 +56,19 @@ class IList : public virtual IEnumerable<T> {
   // Range-for over the elements by index.
   class TIterator {
    public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = T;
+
     TIterator(const IList* list, int index) : FList(list), FIndex(index) {}
     T operator*() const { return FList->Item(FIndex); }
     TIterator& operator++() {
       ++FIndex;
       return *this;
     }
+    TIterator operator++(int) { return TIterator(FList, FIndex++); }
     friend bool operator==(const TIterator&, const TIterator&) = default;
 
    private:

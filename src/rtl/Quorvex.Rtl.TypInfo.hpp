@@ -376,10 +376,11 @@ struct TTypeTraits<E> {
     });
   }
   static TValue ToValue(E value) { return TValue::FromOrdinal(Info(), static_cast<int64_t>(value)); }
-  // Ordinals outside the names (-1 for a name that was not found) are kept
-  // as they are, so enumerations give themselves a fixed underlying type.
+  // Ordinals are stored without a range check, as in a variable of the
+  // underlying type: -1, the ordinal of a name that was not found, becomes
+  // 255 in an 8-bit enumeration.
   static E FromValue(const TValue& value) {
-    return static_cast<E>(Detail::NarrowOrdinal<std::underlying_type_t<E>>(value.AsOrdinal()));
+    return static_cast<E>(static_cast<std::underlying_type_t<E>>(value.AsOrdinal()));
   }
 };
 
