@@ -1,16 +1,17 @@
 // The serializer against raw pugixml on the same document: a collection of
-// small items with five properties of mixed kinds. Each serializer
-// benchmark reports "x_raw", its time divided by the time raw pugixml
-// takes to build and save (or to parse and walk) the same document, so the
-// figures read as ratios that survive a change of machine. Run with
-// several item counts to see that the time grows linearly.
+// small items with five properties of mixed kinds. Each benchmark reports
+// "speed_vs_raw", the time raw pugixml takes to build and save (or to parse
+// and walk) the same document divided by the serializer's time: 1 is as
+// fast as pugixml alone, 0.25 a quarter of its speed. The figures read as
+// ratios that survive a change of machine; two item counts show that the
+// time grows linearly.
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <pugixml.hpp>
 #include <sstream>
 #include <string>
 
+#include "Quorvex.BenchSupport.hpp"
 #include "Quorvex.Rtl.Classes.hpp"
 #include "Quorvex.Rtti.XMLSerializer.hpp"
 
@@ -24,7 +25,7 @@ using Quorvex::Rtl::Objects::TObject;
 using Quorvex::Rtl::Strings::IntToStr;
 using Quorvex::Rtl::Strings::UnicodeString;
 using Quorvex::Rtti::XMLSerializer::IXmlSerializer;
-using Clock = std::chrono::steady_clock;
+using Quorvex::Bench::Seconds;
 
 QX_ENUM(TBenchKind, uint8_t, bkSmall, bkMedium, bkLarge);
 
@@ -102,13 +103,6 @@ int64_t RawLoad(const std::string& text) {
   return sum;
 }
 
-template <typename Body>
-double Seconds(Body&& body) {
-  const auto start = Clock::now();
-  body();
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 void BM_SerializeAndSave(benchmark::State& state) {
   const int count = static_cast<int>(state.range(0));
   TBenchStore store;
@@ -123,7 +117,7 @@ void BM_SerializeAndSave(benchmark::State& state) {
     });
     raw += Seconds([&] { benchmark::DoNotOptimize(RawSave(count)); });
   }
-  state.counters["x_raw"] = ours / raw;
+  state.counters["speed_vs_raw"] = raw / ours;
   state.counters["items_per_s"] = benchmark::Counter(static_cast<double>(count) * state.iterations() / ours);
 }
 
@@ -147,7 +141,7 @@ void BM_LoadAndDeserialize(benchmark::State& state) {
     });
     raw += Seconds([&] { benchmark::DoNotOptimize(RawLoad(utf8)); });
   }
-  state.counters["x_raw"] = ours / raw;
+  state.counters["speed_vs_raw"] = raw / ours;
   state.counters["items_per_s"] = benchmark::Counter(static_cast<double>(count) * state.iterations() / ours);
 }
 

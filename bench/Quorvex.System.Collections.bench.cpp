@@ -11,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "Quorvex.BenchSupport.hpp"
 #include "Quorvex.System.Collections.hpp"
 
 namespace {
@@ -24,22 +25,8 @@ using Quorvex::System::Collections::IntfPtr;
 using Quorvex::System::Collections::IStrings;
 using Quorvex::System::Collections::TEncoding;
 using Quorvex::System::Collections::TInterfacedStringList;
-using Clock = std::chrono::steady_clock;
-
-template <typename Body>
-double Seconds(Body&& body) {
-  const auto start = Clock::now();
-  body();
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-// Fastest of three runs of `body`, in seconds.
-template <typename Body>
-double BestSeconds(Body&& body) {
-  double best = 1e9;
-  for (int run = 0; run < 3; ++run) best = std::min(best, Seconds(body));
-  return best;
-}
+using Quorvex::Bench::BestSeconds;
+using Quorvex::Bench::Seconds;
 
 // Runs `body` under manual timing and reports its ratio to `baseline`
 // seconds under the counter `name`.

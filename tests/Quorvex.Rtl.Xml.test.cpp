@@ -96,6 +96,12 @@ TEST(RtlXmlTest, TellsAnAbsentValueFromAnEmptyOne) {
   EXPECT_TRUE(mixed.Child(0).IsText());
   EXPECT_EQ(mixed.Child(0).Name(), u"");
   EXPECT_EQ(mixed.Child(1).Name(), u"e");
+  const std::vector<TXmlNode> children = mixed.Children();
+  ASSERT_EQ(children.size(), 3u);
+  EXPECT_TRUE(children[0].IsText());
+  EXPECT_EQ(children[1].Name(), u"e");
+  EXPECT_TRUE(mixed.HasChildren());
+  EXPECT_FALSE(root.Child(1).HasChildren());
   TXmlNode empty = root.Child(0);
   empty.SetValue(u"");
   EXPECT_EQ(empty.Value(), u"");

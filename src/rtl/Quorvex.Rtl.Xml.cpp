@@ -132,6 +132,14 @@ TXmlNode TXmlNode::Child(int index) const {
   Exceptions::RaiseListIndexError(index);
 }
 
+std::vector<TXmlNode> TXmlNode::Children() const {
+  std::vector<TXmlNode> children;
+  for (const pugi::xml_node child : NodeOf(FNode).children()) children.push_back(TXmlNode(FTree, child.internal_object()));
+  return children;
+}
+
+bool TXmlNode::HasChildren() const { return static_cast<bool>(NodeOf(FNode).first_child()); }
+
 std::optional<TXmlNode> TXmlNode::FirstChild(UnicodeStringView name) const {
   const pugi::xml_node child = NodeOf(FNode).child(NameToUtf8(name).c_str());
   if (!child) return std::nullopt;

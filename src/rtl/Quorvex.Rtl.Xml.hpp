@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Export.hpp"
@@ -39,6 +40,11 @@ class QXRTL_API TXmlNode {
   // The child at 0-based `index`. Raises EListError "List index out of
   // bounds (%d)" for an index outside 0..ChildCount()-1.
   TXmlNode Child(int index) const;
+  // Every child node in order, text nodes included; walking them this way
+  // takes linear time, where Child(i) for each i would take quadratic.
+  std::vector<TXmlNode> Children() const;
+  // True when the node has at least one child node (ChildCount() > 0).
+  bool HasChildren() const;
   // The first child element called `name`; nullopt when there is none.
   std::optional<TXmlNode> FirstChild(UnicodeStringView name) const;
   // Appends a new, empty child element called `name` and returns it.

@@ -233,7 +233,7 @@ void TXmlSerializerBase::ReadObject(TObject* obj, TXmlNode node) {
   // An empty element still reaches a container's spec, so that <Names/>
   // empties the list instead of leaving what the object held before.
   if (IntfPtr<IXmlSerializerSpec> spec = TXmlSpecRegistry::TryGetSpec(value)) spec->Deserialize(value, node, *this);
-  if (node.ChildCount() == 0) return;
+  if (!node.HasChildren()) return;
   for (const TPropertyPlan& plan : PlanOf(obj->ClassType()))
     if (const std::optional<TXmlNode> child = node.FirstChild(plan.ElementName))
       ReadProperty(obj, *plan.Property, *child);

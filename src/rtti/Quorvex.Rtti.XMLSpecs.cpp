@@ -77,9 +77,9 @@ void TCollectionXmlSpec::Serialize(const TValue& AValue, TXmlNode ANode, IXmlSer
 void TCollectionXmlSpec::Deserialize(const TValue& AValue, TXmlNode ANode, IXmlSerializerProcessor& ASerializer) {
   auto* collection = ObjectCast<TCollection>(AValue.AsObject());
   collection->Clear();
-  for (int i = 0; i < ANode.ChildCount(); ++i) {
+  for (const TXmlNode& child : ANode.Children()) {
     TValue item = TValue::FromObject(collection->Add());
-    ASerializer.ReadValue(ANode.Child(i), item);
+    ASerializer.ReadValue(child, item);
   }
 }
 
@@ -101,10 +101,10 @@ void TSpringCollectionXmlSpec::Serialize(const TValue& AValue, TXmlNode ANode, I
 void TSpringCollectionXmlSpec::Deserialize(const TValue& AValue, TXmlNode ANode, IXmlSerializerProcessor& ASerializer) {
   const IntfPtr<IUntypedList> list = CollectionOf<IUntypedList>(AValue);
   list->Clear();
-  for (int i = 0; i < ANode.ChildCount(); ++i) {
+  for (const TXmlNode& child : ANode.Children()) {
     TValue element;
-    if (!ASerializer.TryMakeValue(list->ElementType(), ANode.Child(i), element)) continue;
-    ASerializer.ReadValue(ANode.Child(i), element);
+    if (!ASerializer.TryMakeValue(list->ElementType(), child, element)) continue;
+    ASerializer.ReadValue(child, element);
     list->AddValue(element);
   }
 }
