@@ -1,5 +1,7 @@
 // The UTF-8 and UTF-16 conversions of every platform.
+#include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "Quorvex.Platform.Unicode.hpp"
 
@@ -73,6 +75,13 @@ void AppendUtf8(std::string& out, char32_t cp) {
   }
 }
 
+// Where the run of ASCII characters that starts at `from` ends.
+template <typename Text>
+size_t AsciiRunEnd(const Text& text, size_t from) {
+  while (from < text.size() && static_cast<std::make_unsigned_t<typename Text::value_type>>(text[from]) < 0x80) ++from;
+  return from;
+}
+
 // Decodes `text`, with `malformed(byte)` standing for each byte that is
 // not part of valid UTF-8.
 template <typename Malformed>
@@ -80,6 +89,10 @@ std::u16string Decode(std::string_view text, Malformed malformed) {
   std::u16string out;
   out.reserve(text.size());
   for (size_t i = 0; i < text.size();) {
+    // Runs of ASCII, most of any text, are widened in one go.
+    const size_t ascii = AsciiRunEnd(text, i);
+    out.append(text.begin() + static_cast<std::ptrdiff_t>(i), text.begin() + static_cast<std::ptrdiff_t>(ascii));
+    if ((i = ascii) == text.size()) break;
     const size_t start = i;
     const char32_t cp = DecodeUtf8(text, i);
     AppendUtf16(out, cp == kMalformed ? malformed(static_cast<unsigned char>(text[start])) : cp);
@@ -94,6 +107,9 @@ bool Encode(std::u16string_view text, std::string& out, Unpaired unpaired) {
   out.clear();
   out.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
+    const size_t ascii = AsciiRunEnd(text, i);
+    out.append(text.begin() + static_cast<std::ptrdiff_t>(i), text.begin() + static_cast<std::ptrdiff_t>(ascii));
+    if ((i = ascii) == text.size()) break;
     const char32_t c = text[i];
     if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
       AppendUtf8(out, 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00));

@@ -34,6 +34,19 @@ std::string NameToUtf8(UnicodeStringView name) {
   return Utf16ToUtf8(name);
 }
 
+// True when the UTF-8 `utf8` spells `name`. Names are ASCII almost always,
+// so they are compared in place; others are converted first.
+bool SameName(const char* utf8, UnicodeStringView name) {
+  size_t i = 0;
+  for (; i < name.size(); ++i) {
+    const auto c = static_cast<unsigned char>(utf8[i]);
+    if (c == 0 || c >= 0x80 || name[i] >= 0x80) break;
+    if (c != name[i]) return false;
+  }
+  if (i == name.size()) return utf8[i] == 0;
+  return Utf8ToUtf16(utf8) == name;
+}
+
 std::string TextToUtf8(UnicodeStringView text) {
   CheckText(text);
   return Utf16ToUtf8(text);
@@ -141,9 +154,10 @@ std::vector<TXmlNode> TXmlNode::Children() const {
 bool TXmlNode::HasChildren() const { return static_cast<bool>(NodeOf(FNode).first_child()); }
 
 std::optional<TXmlNode> TXmlNode::FirstChild(UnicodeStringView name) const {
-  const pugi::xml_node child = NodeOf(FNode).child(NameToUtf8(name).c_str());
-  if (!child) return std::nullopt;
-  return TXmlNode(FTree, child.internal_object());
+  for (const pugi::xml_node child : NodeOf(FNode).children())
+    if (child.type() == pugi::node_element && SameName(child.name(), name))
+      return TXmlNode(FTree, child.internal_object());
+  return std::nullopt;
 }
 
 TXmlNode TXmlNode::AppendChild(UnicodeStringView name) {

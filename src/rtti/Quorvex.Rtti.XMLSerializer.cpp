@@ -99,26 +99,24 @@ UnicodeString ScalarToText(const TValue& value) {
   return value.ToString();
 }
 
-// The element's text as the document library reports it: null when the
-// element has no text at all.
-TVariant NodeVariant(const TXmlNode& node) {
-  const std::optional<UnicodeString> text = node.Value();
-  return text ? TVariant(*text) : TVariant::Null();
+// An element's text as a variant: null when the element has no text at all.
+TVariant TextVariant(std::optional<UnicodeString> text) {
+  return text ? TVariant(std::move(*text)) : TVariant::Null();
 }
 
 TValue TextToScalar(const TXmlNode& node, PTypeInfo type) {
+  std::optional<UnicodeString> text = node.Value();
   if (type->Name == kDateTimeTypeName)
-    return TValue::FromFloat(type, gXml::XMLTimeToDateTime(node.Value().value_or(u""), false));
-  const TVariant text = NodeVariant(node);
+    return TValue::FromFloat(type, gXml::XMLTimeToDateTime(text.value_or(u""), false));
   switch (type->Kind) {
     case TTypeKind::tkInteger:
-    case TTypeKind::tkInt64: return TValue::FromOrdinal(type, text.AsInt64(type->Name));
-    case TTypeKind::tkFloat: return TValue::FromFloat(type, text.AsDouble(type->Name));
+    case TTypeKind::tkInt64: return TValue::FromOrdinal(type, TextVariant(std::move(text)).AsInt64(type->Name));
+    case TTypeKind::tkFloat: return TValue::FromFloat(type, TextVariant(std::move(text)).AsDouble(type->Name));
     case TTypeKind::tkString:
     case TTypeKind::tkLString:
     case TTypeKind::tkWString:
-    case TTypeKind::tkUString: return TValue::FromString(type, node.Value().value_or(u""));
-    case TTypeKind::tkVariant: return TValue::FromVariant(text);
+    case TTypeKind::tkUString: return TValue::FromString(type, std::move(text).value_or(u""));
+    case TTypeKind::tkVariant: return TValue::FromVariant(TextVariant(std::move(text)));
     default: return TValue();  // characters are not read back
   }
 }
