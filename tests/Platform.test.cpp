@@ -54,6 +54,28 @@ TEST(PlatformTest, AttributesMapToWindowsBitsAndHandlesSeekFromEachOrigin) {
   EXPECT_EQ(FileOpen(temp / u"data.bin", 3), InvalidFile);  // no such access mode
 }
 
+TEST(PlatformTest, ExclusiveCreationLeavesWhatStandsThereAlone) {
+  Rtl::Files::Testing::TTempFolder temp;
+  const Path taken = temp / u"taken.txt";
+  Rtl::Files::WriteFileBytes(taken, "kept");
+  const uint32_t exists = Rtl::Files::Testing::OnWindows() ? 80 : 17;  // ERROR_FILE_EXISTS, EEXIST
+  for (const Path& name : {taken, temp.Path()}) {
+    SCOPED_TRACE(Rtl::Strings::Utf16ToUtf8(name));
+    EXPECT_EQ(FileCreateNew(name), InvalidFile);
+    EXPECT_EQ(LastError(), exists);
+  }
+  EXPECT_EQ(Rtl::Files::ReadFileBytes(taken), "kept");
+
+  const FileHandle file = FileCreateNew(temp / u"new.txt");
+  ASSERT_NE(file, InvalidFile);
+  EXPECT_EQ(FileWrite(file, "new", 3), 3);
+  EXPECT_TRUE(FileFlush(file));
+  FileClose(file);
+  EXPECT_TRUE(ReplaceFile(temp / u"new.txt", taken));
+  EXPECT_EQ(Rtl::Files::ReadFileBytes(taken), "new");
+  EXPECT_FALSE(FileExists(temp / u"new.txt"));
+}
+
 TEST(PlatformTest, NamesRoundTripEveryByteAndTextIsRepaired) {
   // Bytes outside valid UTF-8 travel as U+DC80 to U+DCFF in names.
   const std::tuple<std::string, std::u16string> cases[] = {

@@ -72,6 +72,15 @@ bool RemoveDirectory(PathView path);
 // file moves to another volume or file system (copied, then deleted), a
 // folder does not (ERROR_NOT_SAME_DEVICE, EXDEV).
 bool RenameFile(PathView oldName, PathView newName);
+// Puts file `from` in the place of `to` in one step, replacing what stands
+// there: whoever opens `to` finds the old or the new file, never none or a
+// mix, also after a crash, and the change is on disk once this answers
+// true. Refuses a folder at `to` (EISDIR, ERROR_ACCESS_DENIED) and a file
+// with the read-only attribute (EACCES, ERROR_ACCESS_DENIED), and on POSIX
+// any entry but a file or a link (EINVAL); a link is replaced itself, its
+// target untouched. Both names must lie on one volume. On POSIX false also
+// follows a replacement whose folder could not be flushed to its device.
+bool ReplaceFile(PathView from, PathView to);
 
 // --- Directory search ---------------------------------------------------------
 
@@ -112,6 +121,17 @@ FileHandle FileOpen(PathView path, uint32_t mode);
 // Creates or truncates a file for writing; refuses folders and read-only
 // files as FileOpen does, leaving their content alone.
 FileHandle FileCreate(PathView path);
+// Creates a new file for writing; fails when anything stands at `path`
+// already (ERROR_FILE_EXISTS, EEXIST), leaving it alone.
+FileHandle FileCreateNew(PathView path);
+// Gives a new file the permission bits, and where the process may give
+// files away the owner, of the file at `original` (a link is not
+// followed), so that putting one in the place of the other neither widens
+// nor narrows access. True with nothing done when no file stands there.
+// Windows files take their access from their folder: nothing to do there.
+bool FileCopyAccess(FileHandle file, PathView original);
+// Writes what the system holds of the file's data through to its device.
+bool FileFlush(FileHandle file);
 // Bytes read or written, -1 on failure.
 int64_t FileRead(FileHandle file, void* buffer, int64_t count);
 int64_t FileWrite(FileHandle file, const void* buffer, int64_t count);

@@ -1,5 +1,7 @@
 #include "Quorvex.Rtl.Files.hpp"
 
+#include <random>
+#include <utility>
 #include <vector>
 
 #include "Quorvex.Platform.hpp"
@@ -46,15 +48,26 @@ void Fill(TSearchRec& rec, const Platform::FindData& data) {
   rec.TimeStamp = data.TimeStamp;
 }
 
-// Closes a file handle when it leaves scope, keeping the error code of
-// the call that failed before.
+// Puts the thread's error code back when it leaves scope, so clean-up
+// keeps the code of the call that failed before.
+class TLastErrorKept {
+ public:
+  TLastErrorKept() : FCode(Platform::LastError()) {}
+  ~TLastErrorKept() { Platform::SetLastError(FCode); }
+  TLastErrorKept(const TLastErrorKept&) = delete;
+  TLastErrorKept& operator=(const TLastErrorKept&) = delete;
+
+ private:
+  uint32_t FCode;
+};
+
+// Closes a file handle when it leaves scope.
 class TFileCloser {
  public:
   explicit TFileCloser(Platform::FileHandle file) : FFile(file) {}
   ~TFileCloser() {
-    const uint32_t code = Platform::LastError();
+    const TLastErrorKept kept;
     Platform::FileClose(FFile);
-    Platform::SetLastError(code);
   }
   TFileCloser(const TFileCloser&) = delete;
   TFileCloser& operator=(const TFileCloser&) = delete;
@@ -63,8 +76,61 @@ class TFileCloser {
   Platform::FileHandle FFile;
 };
 
+// Deletes a file made here when it leaves scope, unless told to keep it.
+class TMadeFile {
+ public:
+  explicit TMadeFile(UnicodeString name) : FName(std::move(name)) {}
+  ~TMadeFile() {
+    if (FKept) return;
+    const TLastErrorKept kept;
+    Platform::DeleteFile(FName);
+  }
+  TMadeFile(const TMadeFile&) = delete;
+  TMadeFile& operator=(const TMadeFile&) = delete;
+
+  const UnicodeString& Name() const { return FName; }
+  void Keep() { FKept = true; }
+
+ private:
+  UnicodeString FName;
+  bool FKept = false;
+};
+
 UnicodeString FileErrorMessage(UnicodeStringView format, UnicodeStringView fileName) {
   return Format(format, fileName, Exceptions::SysErrorMessage(Platform::LastError()));
+}
+
+[[noreturn]] void RaiseCreateError(UnicodeStringView fileName) {
+  throw Exceptions::EFCreateError(FileErrorMessage(u"Cannot create file \"%s\". %s", fileName));
+}
+
+// Writes all of `bytes`; raises EWriteError when the file takes less.
+void WriteAll(Platform::FileHandle file, const RawByteString& bytes) {
+  for (size_t done = 0; done < bytes.size();) {
+    const int64_t count = Platform::FileWrite(file, bytes.data() + done, static_cast<int64_t>(bytes.size() - done));
+    if (count <= 0) throw Exceptions::EWriteError(u"Stream write error");
+    done += static_cast<size_t>(count);
+  }
+}
+
+// A name beside `fileName` that no entry is likely to have: the name, a
+// dot, 16 random hexadecimal digits and ".tmp".
+UnicodeString NameBeside(UnicodeStringView fileName) {
+  std::random_device random;
+  const uint64_t bits = (static_cast<uint64_t>(random()) << 32) | random();
+  return UnicodeString(fileName) + u'.' + Strings::IntToHex(bits, 16) + u".tmp";
+}
+
+// Creates a new file beside `fileName`, trying another name when one is
+// taken; raises EFCreateError for `fileName` when none can be made.
+Platform::FileHandle CreateFileBeside(UnicodeStringView fileName, UnicodeString& name) {
+  constexpr int kAttempts = 4;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    name = NameBeside(fileName);
+    const Platform::FileHandle file = Platform::FileCreateNew(name);
+    if (file != Platform::InvalidFile) return file;
+  }
+  RaiseCreateError(fileName);
 }
 
 }  // namespace
@@ -196,15 +262,23 @@ RawByteString ReadFileBytes(UnicodeStringView fileName) {
 
 void WriteFileBytes(UnicodeStringView fileName, const RawByteString& bytes) {
   const Platform::FileHandle file = Platform::FileCreate(fileName);
-  if (file == Platform::InvalidFile) {
-    throw Exceptions::EFCreateError(FileErrorMessage(u"Cannot create file \"%s\". %s", fileName));
-  }
+  if (file == Platform::InvalidFile) RaiseCreateError(fileName);
   TFileCloser closer(file);
-  for (size_t done = 0; done < bytes.size();) {
-    const int64_t count = Platform::FileWrite(file, bytes.data() + done, static_cast<int64_t>(bytes.size() - done));
-    if (count <= 0) throw Exceptions::EWriteError(u"Stream write error");
-    done += static_cast<size_t>(count);
+  WriteAll(file, bytes);
+}
+
+void ReplaceFileBytes(UnicodeStringView fileName, const RawByteString& bytes) {
+  UnicodeString name;
+  const Platform::FileHandle file = CreateFileBeside(fileName, name);
+  TMadeFile made(name);
+  {
+    TFileCloser closer(file);
+    if (!Platform::FileCopyAccess(file, fileName)) RaiseCreateError(fileName);
+    WriteAll(file, bytes);
+    if (!Platform::FileFlush(file)) throw Exceptions::EWriteError(u"Stream write error");
   }
+  if (!Platform::ReplaceFile(made.Name(), fileName)) RaiseCreateError(fileName);
+  made.Keep();
 }
 
 }  // namespace Quorvex::Rtl::Files

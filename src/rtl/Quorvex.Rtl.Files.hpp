@@ -1,5 +1,6 @@
 // The runtime's file-system services: existence tests, folder and file
-// changes, directory search, file-name parsing and whole-file byte I/O.
+// changes, directory search, file-name parsing and whole-file byte I/O,
+// including replacing a file's content in one step.
 // Operations that change the file system report success as a boolean and
 // leave the reason in GetLastError(); the search reports 0 for "found".
 #pragma once
@@ -126,5 +127,16 @@ QXRTL_API RawByteString ReadFileBytes(UnicodeStringView fileName);
 // "Cannot create file \"%s\". %s" when it cannot be created, EWriteError
 // "Stream write error" when writing fails.
 QXRTL_API void WriteFileBytes(UnicodeStringView fileName, const RawByteString& bytes);
+
+// Replaces the content of a file in one step: at every moment, also when
+// the process dies or the machine loses power, the file holds its old
+// content or all of `bytes`. The bytes go to a new file beside it, flushed
+// to disk, which then takes its place, with its permission bits on POSIX;
+// a link at `fileName` is replaced, not followed. On failure that new file
+// is deleted and the old one stays as it was. Raises EFCreateError "Cannot
+// create file \"%s\". %s" (name, system message) when the file cannot be
+// made or put in place (a folder or a read-only file stands there),
+// EWriteError "Stream write error" when writing or flushing fails.
+QXRTL_API void ReplaceFileBytes(UnicodeStringView fileName, const RawByteString& bytes);
 
 }  // namespace Quorvex::Rtl::Files

@@ -248,7 +248,7 @@ void TXmlDocument::LoadFromFile(UnicodeStringView fileName) {
 }
 
 void TXmlDocument::SaveToFile(UnicodeStringView fileName) const {
-  Files::WriteFileBytes(fileName, Serialize(FTree->Document, FIndent, SaveEncoding(Encoding())));
+  Files::ReplaceFileBytes(fileName, Serialize(FTree->Document, FIndent, SaveEncoding(Encoding())));
 }
 
 void TXmlDocument::LoadFromText(UnicodeStringView text) {

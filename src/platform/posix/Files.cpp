@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <string>
 
 #include "Quorvex.Platform.Posix.hpp"
 #include "Quorvex.Platform.hpp"
@@ -193,7 +194,42 @@ bool MoveFileAcross(const char* from, const char* to) {
   return false;
 }
 
+// Refuses, with the reason in errno, what a file may not replace: a
+// folder, a file with the read-only attribute, a device or other special
+// entry. Nothing standing at `target` is fine.
+bool MayReplace(const char* target) {
+  struct stat info {};
+  if (lstat(target, &info) != 0) return errno == ENOENT;
+  int code = 0;
+  if (S_ISDIR(info.st_mode)) {
+    code = EISDIR;
+  } else if (S_ISREG(info.st_mode) && (info.st_mode & S_IWUSR) == 0) {
+    code = EACCES;
+  } else if (!S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode)) {
+    code = EINVAL;
+  }
+  errno = code;
+  return code == 0;
+}
+
+// Flushes the folder holding `file`, so that a rename in it outlives a
+// crash. A file system that cannot flush folders (EINVAL) orders its
+// renames by itself.
+bool SyncFolderOf(const std::string& file) {
+  const size_t delimiter = file.rfind('/');
+  const std::string folder = delimiter == std::string::npos ? "." : file.substr(0, std::max<size_t>(delimiter, 1));
+  const TDescriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return handle.Get() >= 0 && (fsync(handle.Get()) == 0 || errno == EINVAL);
+}
+
 }  // namespace
+
+bool ReplaceFile(PathView from, PathView to) {
+  const Posix::NativePath source(from);
+  const Posix::NativePath target(to);
+  return source && target && MayReplace(target.c_str()) && rename(source.c_str(), target.c_str()) == 0 &&
+         SyncFolderOf(target.str());
+}
 
 bool RenameFile(PathView oldName, PathView newName) {
   const Posix::NativePath from(oldName);
@@ -217,14 +253,31 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
 }
 
 FileHandle FileCreate(PathView path) {
-  const Posix::NativePath native(path);
-  if (!native) return InvalidFile;
   // A file made here is writable whatever the umask gave its bits; one
   // that was there already is checked before it loses its content.
-  const int created = open(native.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (created >= 0 || errno != EEXIST) return created;
-  return Admit(open(native.c_str(), O_RDWR | O_CLOEXEC), true, true);
+  const FileHandle created = FileCreateNew(path);
+  if (created != InvalidFile || errno != EEXIST) return created;
+  return Admit(open(Posix::NativePath(path).c_str(), O_RDWR | O_CLOEXEC), true, true);
 }
+
+FileHandle FileCreateNew(PathView path) {
+  const Posix::NativePath native(path);
+  return native ? open(native.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666) : InvalidFile;
+}
+
+bool FileCopyAccess(FileHandle file, PathView original) {
+  struct stat info {};
+  if (!LinkStatOf(original, info)) return errno == ENOENT;
+  if (!S_ISREG(info.st_mode)) return true;
+  const int descriptor = static_cast<int>(file);
+  // Only a privileged process may give a file away; for any other the new
+  // file stays its own, as a file it wrote anew would.
+  if (fchown(descriptor, info.st_uid, info.st_gid) != 0 && errno != EPERM) return false;
+  // After the owner: changing the owner clears the set-id bits.
+  return fchmod(descriptor, info.st_mode & 07777) == 0;
+}
+
+bool FileFlush(FileHandle file) { return fsync(static_cast<int>(file)) == 0; }
 
 int64_t FileRead(FileHandle file, void* buffer, int64_t count) {
   return read(static_cast<int>(file), buffer, TransferSize(count));

@@ -111,12 +111,37 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
   return reinterpret_cast<FileHandle>(file);
 }
 
+namespace {
+
+// Opens `path` for reading and writing, unshared, as `disposition` says.
+FileHandle CreateForWriting(const Win32::WidePath& path, DWORD disposition) {
+  const HANDLE file =
+      CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+  return reinterpret_cast<FileHandle>(file);
+}
+
+}  // namespace
+
 FileHandle FileCreate(PathView path) {
   const Win32::WidePath wide(path);
   if (!wide || IsReadOnlyFile(wide)) return InvalidFile;
-  const HANDLE file = CreateFileW(wide.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
-  return reinterpret_cast<FileHandle>(file);
+  return CreateForWriting(wide, CREATE_ALWAYS);
+}
+
+FileHandle FileCreateNew(PathView path) {
+  const Win32::WidePath wide(path);
+  return wide ? CreateForWriting(wide, CREATE_NEW) : InvalidFile;
+}
+
+bool FileCopyAccess(FileHandle, PathView) { return true; }
+
+bool FileFlush(FileHandle file) { return FlushFileBuffers(Native(file)) != FALSE; }
+
+bool ReplaceFile(PathView from, PathView to) {
+  const Win32::WidePath source(from);
+  const Win32::WidePath target(to);
+  if (!source || !target || IsReadOnlyFile(target)) return false;
+  return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
 }
 
 int64_t FileRead(FileHandle file, void* buffer, int64_t count) {

@@ -10,6 +10,7 @@
 #undef GetFileAttributes
 #undef GetMessage
 #undef RemoveDirectory
+#undef ReplaceFile
 #undef SetFileAttributes
 
 #include <string>
