@@ -268,6 +268,51 @@ TEST_F(XmlSerializerTest, SkipsWhatItDoesNotKnowAndRaisesOnTextItCannotConvert) 
                 u"Range check error");
 }
 
+class IGreeting : public virtual IInterface {
+ public:
+  static constexpr Rtl::Objects::TGUID IID = Rtl::Objects::TGUID::Parse("{6B1F0A3C-2D4E-4F56-8A7B-9C0D1E2F3A4B}");
+  virtual UnicodeString Text() = 0;
+};
+
+class TGreeting : public Rtl::Objects::TInterfacedObject, public IGreeting {
+  QX_CLASS(TGreeting, TInterfacedObject, "Quorvex.Tests")
+  QX_INTERFACES(IGreeting)
+ public:
+  UnicodeString Words = u"hello";
+  UnicodeString Text() override { return Words; }
+  QX_PROPERTY(published, Words, Words, Words);
+};
+
+class TGreeter : public TPersistent {
+  QX_CLASS(TGreeter, TPersistent, "Quorvex.Tests")
+ public:
+  IntfPtr<IGreeting> Greeting;
+  QX_PROPERTY(published, Greeting, Greeting, Greeting);
+};
+
+TEST_F(XmlSerializerTest, InterfacesTravelAsTheObjectsBehindThem) {
+  static const bool registered = [] {
+    TTypeRegistry::RegisterClass<TGreeting>(u"Ser.Greeting");
+    TTypeRegistry::RegisterClass<TShape>(u"Ser.NoGreeting");
+    return true;
+  }();
+  (void)registered;
+  TGreeter greeter;
+  greeter.Greeting = Rtl::Objects::CreateObject<TGreeting>();
+  static_cast<TGreeting*>(greeter.Greeting.Get())->Words = u"hi";
+  const UnicodeString text = Written(greeter);
+  EXPECT_NE(text.find(u"<Greeting type=\"Ser.Greeting\">\n    <Words>hi</Words>"), UnicodeString::npos);
+
+  TGreeter read;
+  Read(text, read);
+  ASSERT_TRUE(read.Greeting);
+  EXPECT_EQ(read.Greeting->Text(), u"hi");
+  // An object without the interface is not stored (and not kept).
+  TGreeter refused;
+  Read(u"<Root><Greeting type=\"Ser.NoGreeting\"/></Root>", refused);
+  EXPECT_FALSE(refused.Greeting);
+}
+
 class TExplicit : public TPersistent {
   QX_CLASS(TExplicit, TPersistent, "Quorvex.Tests")
   QX_CLASS_ATTRIBUTES(SerializationOptionAttribute(SerializationOptionAttribute::soExplicit))

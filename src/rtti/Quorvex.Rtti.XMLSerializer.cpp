@@ -205,7 +205,12 @@ bool TXmlSerializerBase::TryMakeValue(PTypeInfo AType, TXmlNode ANode, TValue& A
   AValue = mapping->Make();
   if (AType->Kind == TTypeKind::tkInterface && AValue.Kind() == TTypeKind::tkClass) {
     IInterface* intf = AType->FindInterface(AValue.AsObject());
-    if (intf == nullptr) return false;
+    if (intf == nullptr) {
+      // Made for this element and of no use to it: nobody else holds it.
+      Rtl::Objects::FreeObject(AValue.AsObject());
+      AValue = TValue();
+      return false;
+    }
     AValue = TValue::FromInterface(AType, intf);
   }
   return true;

@@ -96,7 +96,7 @@ class IXmlSerializer : public virtual IInterface {
   virtual void Deserialize(T* AObject) = 0;
   // Makes a new object from the root's "type" attribute and fills it;
   // null when no object can be made. Raises EInvalidCast when the made
-  // object is not a T.
+  // object is not a T, freeing it.
   virtual T* Deserialize() = 0;
 };
 
@@ -152,7 +152,18 @@ class TXMLSerializer : public TXmlSerializerBase, public IXmlSerializer<T> {
   TXmlDocument& GetDocument() override { return Document(); }
   void Serialize(T* AObject) override { SerializeObject(AObject); }
   void Deserialize(T* AObject) override { DeserializeObject(AObject); }
-  T* Deserialize() override { return Rtl::Objects::ObjectCast<T>(DeserializeNew()); }
+  // The object made is freed when it is not a T, before EInvalidCast leaves.
+  T* Deserialize() override {
+    std::unique_ptr<TObject, TFreeObject> made(DeserializeNew());
+    T* result = Rtl::Objects::ObjectCast<T>(made.get());
+    made.release();
+    return result;
+  }
+
+ private:
+  struct TFreeObject {
+    void operator()(TObject* obj) const { Rtl::Objects::FreeObject(obj); }
+  };
 };
 
 // A new serializer for objects of class T.
