@@ -283,6 +283,11 @@ class TGreeting : public Rtl::Objects::TInterfacedObject, public IGreeting {
   QX_PROPERTY(published, Words, Words, Words);
 };
 
+// Registered, but without the interface.
+class TNoGreeting : public TPersistent {
+  QX_CLASS(TNoGreeting, TPersistent, "Quorvex.Tests")
+};
+
 class TGreeter : public TPersistent {
   QX_CLASS(TGreeter, TPersistent, "Quorvex.Tests")
  public:
@@ -293,7 +298,7 @@ class TGreeter : public TPersistent {
 TEST_F(XmlSerializerTest, InterfacesTravelAsTheObjectsBehindThem) {
   static const bool registered = [] {
     TTypeRegistry::RegisterClass<TGreeting>(u"Ser.Greeting");
-    TTypeRegistry::RegisterClass<TShape>(u"Ser.NoGreeting");
+    TTypeRegistry::RegisterClass<TNoGreeting>(u"Ser.NoGreeting");
     return true;
   }();
   (void)registered;

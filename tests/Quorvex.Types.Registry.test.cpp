@@ -8,7 +8,11 @@ namespace Quorvex::Types::Registry {
 namespace {
 
 // The registry is process-wide and keeps every registration, so each test
-// uses names of its own.
+// uses names and classes of its own.
+class TRegistered : public Rtl::Classes::TPersistent {
+  QX_CLASS(TRegistered, TPersistent, "Quorvex.Tests.Registry")
+};
+
 TTypeConstructor Returning(int tag) {
   return [tag] { return TValue::From(tag); };
 }
@@ -43,18 +47,17 @@ TEST(TypeRegistryTest, FirstMatchingNameOrAliasWins) {
 }
 
 TEST(TypeRegistryTest, MappingsKnowTheirNamesAndMakeAnewEachTime) {
-  TTypeRegistry::RegisterType(Rtl::Classes::TStringList::StaticClass(),
-                              TObjectFactory([] { return static_cast<TObject*>(new Rtl::Classes::TStringList); }),
-                              u"Reg.Lines");
+  TTypeRegistry::RegisterType(TRegistered::StaticClass(),
+                              TObjectFactory([] { return static_cast<TObject*>(new TRegistered); }), u"Reg.Lines");
   IntfPtr<ITypeMapping> mapping;
-  ASSERT_TRUE(TTypeRegistry::TryGetType(u"Quorvex.Rtl.Classes.TStringList", mapping));
-  EXPECT_EQ(mapping->GetName(), u"Quorvex.Rtl.Classes.TStringList");
+  ASSERT_TRUE(TTypeRegistry::TryGetType(u"Quorvex.Tests.Registry.TRegistered", mapping));
+  EXPECT_EQ(mapping->GetName(), u"Quorvex.Tests.Registry.TRegistered");
   EXPECT_EQ(mapping->GetAlias(), u"Reg.Lines");
   EXPECT_EQ(mapping->GetNameOrAlias(), u"Reg.Lines");
   std::unique_ptr<TObject> first(mapping->Make().AsObject());
   std::unique_ptr<TObject> second(mapping->Make().AsObject());
   EXPECT_NE(first, second);
-  EXPECT_EQ(first->ClassName(), u"TStringList");
+  EXPECT_EQ(first->ClassName(), u"TRegistered");
 
   TTypeRegistry::RegisterType(u"Reg.Empty", TTypeConstructor());
   ASSERT_TRUE(TTypeRegistry::TryGetType(u"Reg.Empty", mapping));
