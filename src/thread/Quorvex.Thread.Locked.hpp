@@ -51,6 +51,7 @@ class TLocked : public TInterfacedObject, public ILocked<T> {
   explicit TLocked(T value)
       : FLock(Rtl::Objects::CreateObject<TInterfacedObject>()), FValue(std::move(value)), FInitialized(true) {}
 
+  // See ILocked<T>.
   T GetValue() override { return FValue; }
   void Acquire() override { Rtl::Objects::MonitorEnter(*FLock); }
   void Release() override { Rtl::Objects::MonitorExit(*FLock); }
@@ -99,6 +100,7 @@ class Locked {
   // The shared interface itself.
   operator IntfPtr<ILocked<T>>() const { return FValue; }  // NOLINT(google-explicit-constructor)
 
+  // Take and leave the shared lock, and dispose of the value, as ILocked<T>.
   void Acquire() const { FValue->Acquire(); }
   void Release() const { FValue->Release(); }
   void Free() const { FValue->Free(); }
