@@ -13,6 +13,12 @@ TTypeConstructor Returning(int tag) {
   return [tag] { return TValue::From(tag); };
 }
 
+// A class of the tests' own: registering a library class such as
+// TStringList would change how every later test writes it.
+class TRegLines : public Rtl::Classes::TStringList {
+  QX_CLASS(TRegLines, TStringList, "Quorvex.Tests")
+};
+
 int MadeBy(UnicodeStringView name) {
   IntfPtr<ITypeMapping> mapping;
   if (!TTypeRegistry::TryGetType(name, mapping)) return 0;
@@ -43,18 +49,17 @@ TEST(TypeRegistryTest, FirstMatchingNameOrAliasWins) {
 }
 
 TEST(TypeRegistryTest, MappingsKnowTheirNamesAndMakeAnewEachTime) {
-  TTypeRegistry::RegisterType(Rtl::Classes::TStringList::StaticClass(),
-                              TObjectFactory([] { return static_cast<TObject*>(new Rtl::Classes::TStringList); }),
-                              u"Reg.Lines");
+  TTypeRegistry::RegisterType(TRegLines::StaticClass(),
+                              TObjectFactory([] { return static_cast<TObject*>(new TRegLines); }), u"Reg.Lines");
   IntfPtr<ITypeMapping> mapping;
-  ASSERT_TRUE(TTypeRegistry::TryGetType(u"Quorvex.Rtl.Classes.TStringList", mapping));
-  EXPECT_EQ(mapping->GetName(), u"Quorvex.Rtl.Classes.TStringList");
+  ASSERT_TRUE(TTypeRegistry::TryGetType(u"Quorvex.Tests.TRegLines", mapping));
+  EXPECT_EQ(mapping->GetName(), u"Quorvex.Tests.TRegLines");
   EXPECT_EQ(mapping->GetAlias(), u"Reg.Lines");
   EXPECT_EQ(mapping->GetNameOrAlias(), u"Reg.Lines");
   std::unique_ptr<TObject> first(mapping->Make().AsObject());
   std::unique_ptr<TObject> second(mapping->Make().AsObject());
   EXPECT_NE(first, second);
-  EXPECT_EQ(first->ClassName(), u"TStringList");
+  EXPECT_EQ(first->ClassName(), u"TRegLines");
 
   TTypeRegistry::RegisterType(u"Reg.Empty", TTypeConstructor());
   ASSERT_TRUE(TTypeRegistry::TryGetType(u"Reg.Empty", mapping));
