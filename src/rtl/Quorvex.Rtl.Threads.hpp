@@ -46,7 +46,8 @@ class QXRTL_API TThread : public TObject {
   // to give.
   TThread();
   // Waits for the system thread; one that never started leaves without
-  // running Execute.
+  // running Execute. A plain delete of a running thread waits only once the
+  // subclass is gone, so free running threads with FreeObject.
   ~TThread() override;
   TThread(const TThread&) = delete;
   TThread& operator=(const TThread&) = delete;
@@ -66,6 +67,8 @@ class QXRTL_API TThread : public TObject {
   // EThread "A thread cannot wait for itself" when called from Execute.
   void WaitFor();
 
+  // The system's identifier of the thread, as CurrentThreadID gives it
+  // inside Execute.
   TThreadID ThreadID() const { return FThreadID; }
 
   // The exception that ended Execute, or null while it runs and after it
