@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,7 +17,6 @@ namespace Quorvex::Thread::ThreadPool {
 namespace {
 
 using Rtl::Objects::CreateObject;
-using Rtl::Threads::TThreadID;
 using Rtl::TypInfo::TValue;
 using System::Async::TAsyncStatus;
 using System::ExceptionInfo::IExceptionInfo;
