@@ -5,7 +5,7 @@ set -euo pipefail
 pkgs=(cmake ninja-build g++ make pkg-config)
 for lane in "${@:-linux}"; do
   case $lane in
-    linux|asan|linux-shared) pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev libpcre2-dev libicu-dev libpugixml-dev) ;;
+    linux|asan|tsan|linux-shared) pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev libpcre2-dev libicu-dev libpugixml-dev) ;;
     windows|windows-shared) pkgs+=(g++-mingw-w64-x86-64-posix googletest wine wine64) ;;
     *) echo "install-deps: unknown lane '$lane'" >&2; exit 2 ;;
   esac

@@ -14,11 +14,12 @@ configure_lane() {
     # Release-style optimisation, but assert() stays on (no -DNDEBUG).
     linux) cfg+=(-DQXRTL_BUILD_BENCH=ON "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O2 -g") ;;
     asan) cfg+=(-DQXRTL_SANITIZE=ON "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g") ;;
+    tsan) cfg+=(-DQXRTL_SANITIZE_THREAD=ON "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g") ;;
     windows) cfg+=("$mingw" "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O2") ;;
     linux-shared) cfg+=(-DCMAKE_BUILD_TYPE=Release -DQXRTL_SHARED=ON) ;;
     windows-shared) cfg+=("$mingw" -DCMAKE_BUILD_TYPE=Release -DQXRTL_SHARED=ON) ;;
     bench) cfg=(-DCMAKE_BUILD_TYPE=Release -DQXRTL_WERROR=ON -DQXRTL_BUILD_BENCH=ON -DQXRTL_BUILD_EXAMPLES=OFF) ;;
-    *) echo "unknown lane '$lane' (linux, asan, windows, linux-shared, windows-shared, bench)" >&2; return 2 ;;
+    *) echo "unknown lane '$lane' (linux, asan, tsan, windows, linux-shared, windows-shared, bench)" >&2; return 2 ;;
   esac
   mkdir -p "$root/build"
   cmake -G Ninja -S "$root" -B "$root/build/$lane" "${cfg[@]}" "$@" >"$root/build/$lane.configure.log" 2>&1 ||

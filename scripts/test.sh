@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Builds every lane, runs its set-up checks (scripts/checks.sh) and its GoogleTest suite; ends
 # with the line "N passed, M failed", where each check counts as one test case.
-# Lanes: QXRTL_LANES="linux asan windows linux-shared windows-shared" (the default).
+# Lanes: QXRTL_LANES="linux asan tsan windows linux-shared windows-shared" (the default).
 # Parallel jobs: QXRTL_JOBS (default 2).
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/lanes.sh"
 source "$root/scripts/checks.sh"
 cd "$root"
-read -r -a lanes <<<"${QXRTL_LANES:-linux asan windows linux-shared windows-shared}"
+read -r -a lanes <<<"${QXRTL_LANES:-linux asan tsan windows linux-shared windows-shared}"
 
 bash scripts/install-deps.sh "${lanes[@]}"
 
@@ -52,7 +52,7 @@ run_tests() {
     return
   fi
   echo "=== lane $lane: test"
-  ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS=second_deadlock_stack=1 \
     ctest --test-dir "$dir" --output-on-failure || ok=0
   if [[ ! -f $report ]]; then
     note="no XML report (test binary crashed?)"

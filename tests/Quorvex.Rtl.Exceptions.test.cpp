@@ -24,6 +24,7 @@ TEST(RtlExceptionsTest, MessagesAndClassesOfTheRuntimeErrors) {
   EXPECT_RAISES(Exceptions::EOSError, Exceptions::RaiseOSError(79, u"loader says no"),
                 u"System Error.  Code: 79.\r\nloader says no");
   EXPECT_RAISES(Exceptions::EInvalidPointer, Exceptions::RaiseInvalidPointer(), u"Invalid pointer operation");
+  EXPECT_RAISES(Exceptions::EIntfCastError, Exceptions::RaiseIntfCastError(), u"Interface not supported");
   const Exceptions::Exception utf(u"caf\u00E9");
   EXPECT_STREQ(utf.what(), "caf\xC3\xA9");
 

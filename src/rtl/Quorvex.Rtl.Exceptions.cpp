@@ -45,6 +45,8 @@ void RaiseIntOverflow() { throw EIntOverflow(u"Integer overflow"); }
 
 void RaiseInvalidCast() { throw EInvalidCast(u"Invalid class typecast"); }
 
+void RaiseIntfCastError() { throw EIntfCastError(u"Interface not supported"); }
+
 void RaiseInvalidPointer() { throw EInvalidPointer(u"Invalid pointer operation"); }
 
 void RaiseAbstractError() { throw EAbstractError(u"Abstract Error"); }

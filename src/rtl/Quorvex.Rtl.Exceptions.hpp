@@ -77,6 +77,7 @@ QXRTL_API TStackTraceProvider GetStackTraceProvider();
 
 QX_DECLARE_EXCEPTION(EConvertError, Exception, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EInvalidCast, Exception, "Quorvex.Rtl.Exceptions");
+QX_DECLARE_EXCEPTION(EIntfCastError, Exception, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EAbstractError, Exception, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EListError, Exception, "Quorvex.Rtl.Exceptions");
 QX_DECLARE_EXCEPTION(EStringListError, EListError, "Quorvex.Rtl.Exceptions");
@@ -127,6 +128,10 @@ class QXRTL_API EOSError : public Exception {
 
 // Raises EInvalidCast "Invalid class typecast".
 [[noreturn]] QXRTL_API void RaiseInvalidCast();
+
+// Raises EIntfCastError "Interface not supported": an object asked for an
+// interface it does not implement where the caller cannot do without it.
+[[noreturn]] QXRTL_API void RaiseIntfCastError();
 
 // Raises EInvalidPointer "Invalid pointer operation".
 [[noreturn]] QXRTL_API void RaiseInvalidPointer();

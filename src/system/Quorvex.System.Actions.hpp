@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Quorvex.Rtl.Objects.hpp"
+#include "Quorvex.System.Async.hpp"
 
 namespace Quorvex::System::Actions {
 
@@ -15,15 +16,8 @@ using Rtl::Objects::IntfPtr;
 using Rtl::Objects::TGUID;
 using Rtl::Objects::TInterfacedObject;
 
-// A stop request a long action can poll. It belongs with the asynchronous
-// operations and the thread pool; it is declared here so that the pool's
-// unit of work, IAction<ICancellable>, can be spelled in this unit.
-class ICancellable : public virtual IInterface {
- public:
-  static constexpr TGUID IID = TGUID::Parse("{8F6BBF1C-8F39-4998-B543-9FF010687EE3}");
-
-  virtual bool IsCancelled() = 0;
-};
+// The stop request handed to the pool's unit of work, IAction<ICancellable>.
+using Async::ICancellable;
 
 // The interface identifier of IAction<T>. Each argument type used in
 // interface queries specialises it with its own GUID.
