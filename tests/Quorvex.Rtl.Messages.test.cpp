@@ -1,0 +1,286 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <poll.h>
+#endif
+
+#include "Quorvex.Rtl.Exceptions.hpp"
+#include "Quorvex.Rtl.Messages.hpp"
+#include "Quorvex.TestSupport.hpp"
+
+namespace Quorvex::Rtl::Messages {
+namespace {
+
+using Exceptions::EArgumentException;
+using Exceptions::EOSError;
+using Strings::UnicodeString;
+
+constexpr uint32_t kPing = WmUser + 1;
+// Generous, so that a loaded machine never trips it; waits end far sooner.
+constexpr uint32_t kPatienceMs = 60000;
+
+struct TReceived {
+  uint32_t Msg;
+  uintptr_t WParam;
+  intptr_t LParam;
+  uint32_t Thread;
+  friend bool operator==(const TReceived&, const TReceived&) = default;
+};
+
+// A window of the calling thread that records every message it receives
+// (checking it went to this window); `react` runs after the recording.
+class TRecordingWindow {
+ public:
+  explicit TRecordingWindow(std::function<void(TRecordingWindow&, const TMessage&)> react = nullptr)
+      : FReact(std::move(react)), FHandle(AllocateHWnd([this](TMessage& message) { Receive(message); })) {}
+  ~TRecordingWindow() {
+    if (FHandle != 0) DeallocateHWnd(FHandle);
+  }
+
+  TWindowHandle Handle() const { return FHandle; }
+  const std::vector<TReceived>& Received() const { return FReceived; }
+  void Close() { DeallocateHWnd(std::exchange(FHandle, 0)); }
+
+ private:
+  void Receive(const TMessage& message) {
+    EXPECT_EQ(message.Wnd, FHandle);
+    FReceived.push_back({message.Msg, message.WParam, message.LParam, GetCurrentThreadId()});
+    if (FReact) FReact(*this, message);
+  }
+
+  std::function<void(TRecordingWindow&, const TMessage&)> FReact;
+  std::vector<TReceived> FReceived;
+  TWindowHandle FHandle;
+};
+
+void OnOtherThread(const std::function<void()>& body) { std::thread(body).join(); }
+
+UnicodeString OSErrorText(uint32_t code) {
+  return Strings::Format(u"System Error.  Code: %d.\r\n%s", code, Exceptions::SysErrorMessage(code));
+}
+
+TEST(RtlMessagesTest, PostsFromOtherThreadsRunOnTheOwnerOnlyWhenItPumps) {
+  constexpr int kSenders = 4;
+  constexpr int kEach = 250;
+  TRecordingWindow window;
+  std::vector<std::thread> senders;
+  for (int sender = 0; sender < kSenders; ++sender)
+    senders.emplace_back([&window, sender] {
+      for (int i = 0; i < kEach; ++i) EXPECT_TRUE(PostMessage(window.Handle(), kPing, sender, i));
+    });
+  for (std::thread& sender : senders) sender.join();
+  EXPECT_TRUE(window.Received().empty()) << "nothing runs before the owner pumps";
+
+  EXPECT_EQ(ProcessMessages(), size_t{kSenders * kEach});
+  ASSERT_EQ(window.Received().size(), size_t{kSenders * kEach});
+  std::vector<intptr_t> next(kSenders, 0);
+  for (const TReceived& received : window.Received()) {
+    EXPECT_EQ(received.Thread, GetCurrentThreadId());
+    ASSERT_LT(received.WParam, uintptr_t{kSenders});
+    EXPECT_EQ(received.LParam, next[received.WParam]++) << "each sender's messages arrive in order, once";
+  }
+  EXPECT_EQ(ProcessMessages(), 0u);
+}
+
+TEST(RtlMessagesTest, WaitingForMessages) {
+  TRecordingWindow window;
+  EXPECT_FALSE(WaitMessage(0));
+  ASSERT_TRUE(PostMessage(window.Handle(), kPing, 1, 2));
+  EXPECT_TRUE(WaitMessage(0));
+  EXPECT_TRUE(WaitMessage(0)) << "waiting takes nothing from the queue";
+  EXPECT_EQ(ProcessMessages(), 1u);
+  EXPECT_FALSE(WaitMessage(0));
+
+  std::thread sender([&window] { PostMessage(window.Handle(), kPing, 3, 4); });
+  EXPECT_TRUE(WaitMessage(kPatienceMs));
+  sender.join();
+  EXPECT_EQ(ProcessMessages(), 1u);
+  const uint32_t self = GetCurrentThreadId();
+  EXPECT_EQ(window.Received(), (std::vector<TReceived>{{kPing, 1, 2, self}, {kPing, 3, 4, self}}));
+}
+
+#if !defined(_WIN32)
+bool Readable(int fd) {
+  pollfd entry{fd, POLLIN, 0};
+  return poll(&entry, 1, 0) == 1 && (entry.revents & POLLIN) != 0;
+}
+
+TEST(RtlMessagesTest, DescriptorIsReadableExactlyWhileMessagesWait) {
+  TRecordingWindow window;
+  const int fd = MessageFd();
+  ASSERT_GE(fd, 0);
+  EXPECT_FALSE(Readable(fd));
+  OnOtherThread([&window] {
+    PostMessage(window.Handle(), kPing, 1, 0);
+    PostMessage(window.Handle(), kPing, 2, 0);
+  });
+  EXPECT_TRUE(Readable(fd));
+  EXPECT_TRUE(Readable(fd)) << "polling takes nothing from the queue";
+  EXPECT_EQ(ProcessMessages(), 2u);
+  EXPECT_FALSE(Readable(fd));
+
+  std::thread sender([&window] { PostMessage(window.Handle(), kPing, 3, 0); });
+  pollfd entry{fd, POLLIN, 0};
+  EXPECT_EQ(poll(&entry, 1, static_cast<int>(kPatienceMs)), 1) << "a blocked poll wakes for a post";
+  sender.join();
+  EXPECT_EQ(MessageFd(), fd) << "one descriptor for the thread's life";
+  EXPECT_EQ(ProcessMessages(), 1u);
+  EXPECT_FALSE(Readable(fd));
+
+  TRecordingWindow other;
+  PostMessage(other.Handle(), kPing, 4, 0);
+  other.Close();
+  EXPECT_FALSE(Readable(fd)) << "a destroyed window's messages leave the queue with it";
+}
+#else
+TEST(RtlMessagesTest, NoDescriptorOnWindows) { EXPECT_EQ(MessageFd(), -1); }
+#endif
+
+TEST(RtlMessagesTest, MessagesForAWindowThatIsGoneAreDropped) {
+  TRecordingWindow gone;
+  TRecordingWindow kept;
+  OnOtherThread([&] {
+    PostMessage(gone.Handle(), kPing, 1, 0);
+    PostMessage(kept.Handle(), kPing, 2, 0);
+    PostMessage(gone.Handle(), kPing, 3, 0);
+  });
+  const TWindowHandle handle = gone.Handle();
+  gone.Close();
+  EXPECT_EQ(ProcessMessages(), 1u);
+  EXPECT_TRUE(gone.Received().empty());
+  EXPECT_EQ(kept.Received(), (std::vector<TReceived>{{kPing, 2, 0, GetCurrentThreadId()}}));
+
+  EXPECT_FALSE(PostMessage(handle, kPing, 4, 0));
+  bool posted = true;
+  OnOtherThread([&] { posted = PostMessage(handle, kPing, 5, 0); });
+  EXPECT_FALSE(posted);
+  EXPECT_EQ(ProcessMessages(), 0u);
+  EXPECT_TRUE(gone.Received().empty());
+}
+
+TEST(RtlMessagesTest, AWindowMethodMayDestroyItsOwnWindow) {
+  TRecordingWindow window([](TRecordingWindow& self, const TMessage&) { self.Close(); });
+  for (uintptr_t i = 1; i <= 3; ++i) PostMessage(window.Handle(), kPing, i, 0);
+  EXPECT_EQ(ProcessMessages(), 1u);
+  EXPECT_EQ(window.Received(), (std::vector<TReceived>{{kPing, 1, 0, GetCurrentThreadId()}}));
+}
+
+TEST(RtlMessagesTest, WhatAWindowMethodHoldsMayPostWhenItGoes) {
+  TRecordingWindow told;
+  for (const bool byThreadEnd : {false, true}) {
+    SCOPED_TRACE(byThreadEnd ? "window gone with its thread" : "window destroyed");
+    const auto postOnRelease = [&told](uintptr_t tag) {
+      return std::shared_ptr<void>(nullptr, [&told, tag](void*) { PostMessage(told.Handle(), kPing, tag, 0); });
+    };
+    const auto make = [&](uintptr_t tag) { return AllocateHWnd([held = postOnRelease(tag)](TMessage&) {}); };
+    if (byThreadEnd)
+      OnOtherThread([&] { make(2); });
+    else
+      DeallocateHWnd(make(1));
+    EXPECT_EQ(ProcessMessages(), 1u);
+    EXPECT_EQ(told.Received().back().WParam, byThreadEnd ? 2u : 1u);
+  }
+}
+
+TEST(RtlMessagesTest, MessagesPostedWhileDispatchingAreDispatchedToo) {
+  TRecordingWindow window([](TRecordingWindow& self, const TMessage& message) {
+    if (message.WParam < 3) PostMessage(self.Handle(), kPing, message.WParam + 1, 0);
+  });
+  PostMessage(window.Handle(), kPing, 1, 0);
+  EXPECT_EQ(ProcessMessages(), 3u);
+  ASSERT_EQ(window.Received().size(), 3u);
+  EXPECT_EQ(window.Received().back().WParam, 3u);
+}
+
+TEST(RtlMessagesTest, AnExceptionFromAWindowMethodEndsProcessMessages) {
+  TRecordingWindow window([](TRecordingWindow&, const TMessage& message) {
+    if (message.WParam == 2) throw EArgumentException(u"second message refused");
+  });
+  for (uintptr_t i = 1; i <= 3; ++i) PostMessage(window.Handle(), kPing, i, 0);
+  EXPECT_RAISES(EArgumentException, ProcessMessages(), u"second message refused");
+  EXPECT_EQ(window.Received().size(), 2u);
+  EXPECT_EQ(ProcessMessages(), 1u) << "the message after it still waits";
+  EXPECT_EQ(window.Received().back().WParam, 3u);
+}
+
+TEST(RtlMessagesTest, OnlyTheOwnerThreadDestroysAWindow) {
+#if defined(_WIN32)
+  constexpr uint32_t kAccessDenied = 5, kInvalidHandle = 1400;
+#else
+  constexpr uint32_t kAccessDenied = 1, kInvalidHandle = 9;  // EPERM, EBADF
+#endif
+  TRecordingWindow window;
+  TRecordingWindow closed;
+  const TWindowHandle gone = closed.Handle();
+  closed.Close();
+  struct TCase {
+    const char* Name;
+    bool OtherThread;
+    TWindowHandle Handle;
+    uint32_t Code;
+  };
+  const TCase cases[] = {
+      {"another thread's window", true, window.Handle(), kAccessDenied},
+      {"a destroyed window", false, gone, kInvalidHandle},
+      {"no window", false, 0, kInvalidHandle},
+  };
+  for (const TCase& c : cases) {
+    SCOPED_TRACE(c.Name);
+    const auto attempt = [&] { EXPECT_RAISES(EOSError, DeallocateHWnd(c.Handle), OSErrorText(c.Code)); };
+    c.OtherThread ? OnOtherThread(attempt) : attempt();
+  }
+  ASSERT_TRUE(PostMessage(window.Handle(), kPing, 7, 0)) << "a refused destruction leaves the window";
+  EXPECT_EQ(ProcessMessages(), 1u);
+}
+
+TEST(RtlMessagesTest, AThreadThatEndsTakesItsWindowsWithIt) {
+  TWindowHandle left = 0;
+  OnOtherThread([&left] { left = AllocateHWnd([](TMessage&) { ADD_FAILURE() << "a dead thread's window ran"; }); });
+  ASSERT_NE(left, 0u);
+  EXPECT_FALSE(PostMessage(left, kPing, 0, 0));
+}
+
+TEST(RtlMessagesTest, DefaultAnswerToAnUnhandledMessage) {
+  TRecordingWindow window;
+  EXPECT_EQ(DefWindowProc(TMessage{window.Handle(), kPing, 1, 2, 42}), 0);
+}
+
+TEST(RtlMessagesTest, RegisteredMessageNumbers) {
+  const uint32_t first = RegisterWindowMessage(u"QxRtlTest.Messages.First");
+  const uint32_t second = RegisterWindowMessage(u"QxRtlTest.Messages.Second");
+  EXPECT_GE(first, 0xC000u);
+  EXPECT_LE(first, 0xFFFFu);
+  EXPECT_NE(first, second);
+  EXPECT_EQ(RegisterWindowMessage(u"QxRtlTest.Messages.First"), first);
+  uint32_t fromThread = 0;
+  OnOtherThread([&fromThread] { fromThread = RegisterWindowMessage(u"QxRtlTest.Messages.Second"); });
+  EXPECT_EQ(fromThread, second);
+  EXPECT_EQ(RegisterWindowMessage(UnicodeString(255, u'n')), RegisterWindowMessage(UnicodeString(255, u'n')));
+}
+
+TEST(RtlMessagesTest, RefusedArguments) {
+  struct TCase {
+    const char* Name;
+    std::function<void()> Call;
+    const char16_t* Message;
+  };
+  const TCase cases[] = {
+      {"empty name", [] { RegisterWindowMessage(u""); }, u"A window message needs a name"},
+      {"name with NUL", [] { RegisterWindowMessage(UnicodeStringView(u"a\0b", 3)); },
+       u"A window message name must not hold a NUL character"},
+      {"name too long", [] { RegisterWindowMessage(UnicodeString(256, u'n')); },
+       u"A window message name must not be longer than 255 characters"},
+      {"no window method", [] { AllocateHWnd(nullptr); }, u"AllocateHWnd needs a window method"},
+  };
+  for (const TCase& c : cases) {
+    SCOPED_TRACE(c.Name);
+    EXPECT_RAISES(EArgumentException, c.Call(), c.Message);
+  }
+}
+
+}  // namespace
+}  // namespace Quorvex::Rtl::Messages
