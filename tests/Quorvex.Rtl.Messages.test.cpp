@@ -6,6 +6,9 @@
 
 #if !defined(_WIN32)
 #include <poll.h>
+#include <sys/resource.h>
+
+#include <cerrno>
 #endif
 
 #include "Quorvex.Rtl.Exceptions.hpp"
@@ -135,6 +138,31 @@ TEST(RtlMessagesTest, DescriptorIsReadableExactlyWhileMessagesWait) {
   PostMessage(other.Handle(), kPing, 4, 0);
   other.Close();
   EXPECT_FALSE(Readable(fd)) << "a destroyed window's messages leave the queue with it";
+}
+
+// No new descriptor can be opened in the process while this lives.
+class TNoNewDescriptors {
+ public:
+  TNoNewDescriptors() {
+    getrlimit(RLIMIT_NOFILE, &FSaved);
+    const rlimit none{0, FSaved.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~TNoNewDescriptors() { setrlimit(RLIMIT_NOFILE, &FSaved); }
+
+ private:
+  rlimit FSaved{};
+};
+
+TEST(RtlMessagesTest, AThreadWithoutADescriptorHasNoMessages) {
+  const TNoNewDescriptors limit;
+  OnOtherThread([] {
+    const UnicodeString tooMany = OSErrorText(EMFILE);
+    EXPECT_RAISES(EOSError, AllocateHWnd([](TMessage&) {}), tooMany);
+    EXPECT_RAISES(EOSError, MessageFd(), tooMany);
+    EXPECT_RAISES(EOSError, WaitMessage(0), tooMany);
+    EXPECT_EQ(ProcessMessages(), 0u);
+  });
 }
 #else
 TEST(RtlMessagesTest, NoDescriptorOnWindows) { EXPECT_EQ(MessageFd(), -1); }

@@ -62,7 +62,8 @@ uint32_t RegisterMessageName(PathView name);
 size_t DispatchThreadMessages();
 
 // Waits until a message waits for the calling thread or `timeoutMs` pass
-// (0xFFFFFFFF: no limit); true when one waits.
+// (0xFFFFFFFF: no limit); true when one waits. False with LastError 0 on
+// time-out, with the reason when the wait failed.
 bool WaitThreadMessage(uint32_t timeoutMs);
 
 // A descriptor that is readable exactly while messages wait for the

@@ -12,6 +12,12 @@ using Exceptions::EArgumentException;
 // The longest name the system's atom table takes.
 constexpr size_t kMaxMessageNameLength = 255;
 
+// For the calls whose "none" answer is a failure only when it comes with a
+// reason: a time-out, or no descriptor on Windows, leaves the code 0.
+void RaiseOnFailure(bool succeeded) {
+  if (!succeeded && Platform::LastError() != 0) Exceptions::RaiseLastOSError();
+}
+
 }  // namespace
 
 TWindowHandle AllocateHWnd(TWndMethod method) {
@@ -51,11 +57,15 @@ uint32_t RegisterWindowMessage(UnicodeStringView name) {
 
 size_t ProcessMessages() { return Platform::DispatchThreadMessages(); }
 
-bool WaitMessage(uint32_t timeoutMs) { return Platform::WaitThreadMessage(timeoutMs); }
+bool WaitMessage(uint32_t timeoutMs) {
+  const bool waiting = Platform::WaitThreadMessage(timeoutMs);
+  RaiseOnFailure(waiting);
+  return waiting;
+}
 
 int MessageFd() {
   const int descriptor = Platform::ThreadMessageDescriptor();
-  if (descriptor < 0 && Platform::LastError() != 0) Exceptions::RaiseLastOSError();
+  RaiseOnFailure(descriptor >= 0);
   return descriptor;
 }
 

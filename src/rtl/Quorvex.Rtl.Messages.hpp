@@ -78,7 +78,8 @@ QXRTL_API uint32_t RegisterWindowMessage(UnicodeStringView name);
 QXRTL_API size_t ProcessMessages();
 
 // Waits until a message waits for the calling thread, at most `timeoutMs`
-// milliseconds (Infinite: no limit); true when one waits.
+// milliseconds (Infinite: no limit); true when one waits, false when the
+// time ran out. Raises EOSError when the wait fails.
 QXRTL_API bool WaitMessage(uint32_t timeoutMs);
 
 // A descriptor that is readable exactly while messages wait for the

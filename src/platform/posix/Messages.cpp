@@ -200,7 +200,7 @@ class ThreadState {
 thread_local ThreadState tThread;
 
 // Waits for the descriptor to become readable; EINTR restarts the wait
-// with the time that is left.
+// with the time that is left. A time-out leaves errno 0.
 bool WaitReadable(int descriptor, uint32_t timeoutMs) {
   using Clock = std::chrono::steady_clock;
   const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
@@ -213,6 +213,7 @@ bool WaitReadable(int descriptor, uint32_t timeoutMs) {
       left.tv_nsec = static_cast<long>(std::chrono::duration_cast<std::chrono::nanoseconds>(rest - seconds).count());
     }
     pollfd entry{descriptor, POLLIN, 0};
+    errno = 0;
     const int ready = ppoll(&entry, 1, timeoutMs == kNoTimeLimit ? nullptr : &left, nullptr);
     if (ready >= 0) return ready > 0;
     if (errno != EINTR) return false;

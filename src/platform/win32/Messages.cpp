@@ -169,7 +169,9 @@ size_t DispatchThreadMessages() {
 }
 
 bool WaitThreadMessage(uint32_t timeoutMs) {
-  return ::MsgWaitForMultipleObjectsEx(0, nullptr, timeoutMs, QS_ALLINPUT, MWMO_INPUTAVAILABLE) == WAIT_OBJECT_0;
+  const DWORD result = ::MsgWaitForMultipleObjectsEx(0, nullptr, timeoutMs, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+  if (result == WAIT_TIMEOUT) ::SetLastError(0);
+  return result == WAIT_OBJECT_0;
 }
 
 int ThreadMessageDescriptor() {
