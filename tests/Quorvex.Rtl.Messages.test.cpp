@@ -112,7 +112,7 @@ bool Readable(int fd) {
   return poll(&entry, 1, 0) == 1 && (entry.revents & POLLIN) != 0;
 }
 
-TEST(RtlMessagesTest, DescriptorIsReadableExactlyWhileMessagesWait) {
+TEST(RtlMessagesTest, DescriptorIsReadableWhileMessagesWait) {
   TRecordingWindow window;
   const int fd = MessageFd();
   ASSERT_GE(fd, 0);
@@ -138,6 +138,16 @@ TEST(RtlMessagesTest, DescriptorIsReadableExactlyWhileMessagesWait) {
   PostMessage(other.Handle(), kPing, 4, 0);
   other.Close();
   EXPECT_FALSE(Readable(fd)) << "a destroyed window's messages leave the queue with it";
+
+  TRecordingWindow failing([](TRecordingWindow&, const TMessage& message) {
+    if (message.WParam == 5) throw EArgumentException(u"refused");
+  });
+  PostMessage(failing.Handle(), kPing, 5, 0);
+  PostMessage(failing.Handle(), kPing, 6, 0);
+  EXPECT_RAISES(EArgumentException, ProcessMessages(), u"refused");
+  EXPECT_TRUE(Readable(fd)) << "the message after the failing one still waits";
+  EXPECT_EQ(ProcessMessages(), 1u);
+  EXPECT_FALSE(Readable(fd));
 }
 
 // No new descriptor can be opened in the process while this lives.

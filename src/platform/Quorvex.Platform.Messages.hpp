@@ -66,10 +66,11 @@ size_t DispatchThreadMessages();
 // time-out, with the reason when the wait failed.
 bool WaitThreadMessage(uint32_t timeoutMs);
 
-// A descriptor that is readable exactly while messages wait for the
-// calling thread, for poll loops; it lives as long as the thread. -1 with
-// LastError 0 on Windows, which has no such descriptor; -1 with the reason
-// when it cannot be made.
+// A descriptor that is readable whenever messages wait for the calling
+// thread, for poll loops; it lives as long as the thread. It may stay
+// readable for a moment after the messages were taken: the next dispatch
+// then finds none and clears it. -1 with LastError 0 on Windows, which has
+// no such descriptor; -1 with the reason when it cannot be made.
 int ThreadMessageDescriptor();
 
 // The calling thread's identifier (GetCurrentThreadId, gettid).

@@ -82,10 +82,11 @@ QXRTL_API size_t ProcessMessages();
 // time ran out. Raises EOSError when the wait fails.
 QXRTL_API bool WaitMessage(uint32_t timeoutMs);
 
-// A descriptor that is readable exactly while messages wait for the
-// calling thread, for an event loop to watch; it stays the same for the
-// thread's life. -1 on Windows, whose loops wait for messages themselves.
-// Raises EOSError when it cannot be made.
+// A descriptor that is readable whenever messages wait for the calling
+// thread, for an event loop to watch: call ProcessMessages when it is. It
+// stays the same for the thread's life, and may be readable once with no
+// message left, which ProcessMessages clears. -1 on Windows, whose loops
+// wait for messages themselves. Raises EOSError when it cannot be made.
 QXRTL_API int MessageFd();
 
 // The calling thread's identifier.

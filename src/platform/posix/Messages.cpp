@@ -1,6 +1,6 @@
 // POSIX only: message windows kept by the library itself. A window is an
 // entry in one process-wide table; each thread that owns windows has a
-// queue whose eventfd is readable while the queue holds messages.
+// queue with an eventfd that is readable whenever the queue holds messages.
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -11,6 +11,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -31,9 +32,12 @@ struct PostedMessage {
   WindowMessage Message;
 };
 
-// The messages waiting for one thread. The counter of the eventfd is
-// non-zero exactly while the queue holds messages: both change together
-// under the lock, so a poll on the descriptor never misses a message.
+// The messages waiting for one thread, and the eventfd that wakes it. A
+// post that finds the queue empty adds 1 to the counter once it has left
+// the locks, so the woken thread does not at once wait for them; the
+// owner clears the counter before it takes messages (Take). The counter is
+// therefore non-zero whenever messages wait, and may stay so for a moment
+// after they were taken; a wait that finds the queue empty clears it again.
 class ThreadQueue {
  public:
   ThreadQueue() : FEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
@@ -45,10 +49,25 @@ class ThreadQueue {
 
   int Descriptor() const { return FEvent; }
 
-  void Push(const PostedMessage& posted) {
+  // True when the queue was empty: the caller then calls Wake, unlocked.
+  bool Push(const PostedMessage& posted) {
     const std::lock_guard lock(FLock);
     FMessages.push_back(posted);
-    if (FMessages.size() == 1) SetReadable(true);
+    return FMessages.size() == 1;
+  }
+
+  // Adding 1 to the counter cannot fail on a valid descriptor.
+  void Wake() {
+    const uint64_t one = 1;
+    const ssize_t done = write(FEvent, &one, sizeof one);
+    (void)done;
+  }
+
+  // Reading resets the counter; a counter of 0 is just found so.
+  void ClearWake() {
+    uint64_t value = 0;
+    const ssize_t done = read(FEvent, &value, sizeof value);
+    (void)done;
   }
 
   bool Pop(PostedMessage& posted) {
@@ -56,25 +75,21 @@ class ThreadQueue {
     if (FMessages.empty()) return false;
     posted = FMessages.front();
     FMessages.pop_front();
-    if (FMessages.empty()) SetReadable(false);
     return true;
+  }
+
+  bool Empty() {
+    const std::lock_guard lock(FLock);
+    return FMessages.empty();
   }
 
   void Drop(MessageWindow window) {
     const std::lock_guard lock(FLock);
     std::erase_if(FMessages, [window](const PostedMessage& posted) { return posted.Window == window; });
-    if (FMessages.empty()) SetReadable(false);
+    if (FMessages.empty()) ClearWake();
   }
 
  private:
-  // Adding 1 to a counter of 0 or reading it back to 0 cannot fail on a
-  // valid descriptor; reading a counter that is already 0 just finds it so.
-  void SetReadable(bool readable) {
-    uint64_t value = 1;
-    const ssize_t done = readable ? write(FEvent, &value, sizeof value) : read(FEvent, &value, sizeof value);
-    (void)done;
-  }
-
   std::mutex FLock;
   std::deque<PostedMessage> FMessages;
   int FEvent;
@@ -130,10 +145,14 @@ class WindowTable {
   }
 
   bool Post(MessageWindow window, const WindowMessage& message) {
-    const std::lock_guard lock(FLock);
-    const auto found = FWindows.find(window);
-    if (found == FWindows.end()) return Fail(EBADF);
-    found->second.Queue->Push({window, message});
+    std::shared_ptr<ThreadQueue> queue;
+    {
+      const std::lock_guard lock(FLock);
+      const auto found = FWindows.find(window);
+      if (found == FWindows.end()) return Fail(EBADF);
+      if (found->second.Queue->Push({window, message})) queue = found->second.Queue;
+    }
+    if (queue) queue->Wake();
     return true;
   }
 
@@ -199,22 +218,24 @@ class ThreadState {
 
 thread_local ThreadState tThread;
 
-// Waits for the descriptor to become readable; EINTR restarts the wait
-// with the time that is left. A time-out leaves errno 0.
-bool WaitReadable(int descriptor, uint32_t timeoutMs) {
-  using Clock = std::chrono::steady_clock;
-  const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+using Clock = std::chrono::steady_clock;
+
+// The time from now to `deadline`, none when it has passed, as ppoll takes it.
+timespec TimeLeft(Clock::time_point deadline) {
+  const auto rest = std::max(deadline - Clock::now(), Clock::duration::zero());
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(rest);
+  return {static_cast<time_t>(seconds.count()),
+          static_cast<long>(std::chrono::duration_cast<std::chrono::nanoseconds>(rest - seconds).count())};
+}
+
+// Waits for the descriptor to become readable until `deadline` (none: no
+// limit); EINTR restarts the wait. A time-out leaves errno 0.
+bool WaitReadable(int descriptor, const std::optional<Clock::time_point>& deadline) {
   for (;;) {
-    timespec left{};
-    if (timeoutMs != kNoTimeLimit) {
-      const auto rest = std::max(deadline - Clock::now(), Clock::duration::zero());
-      const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(rest);
-      left.tv_sec = static_cast<time_t>(seconds.count());
-      left.tv_nsec = static_cast<long>(std::chrono::duration_cast<std::chrono::nanoseconds>(rest - seconds).count());
-    }
+    timespec left = deadline ? TimeLeft(*deadline) : timespec{};
     pollfd entry{descriptor, POLLIN, 0};
     errno = 0;
-    const int ready = ppoll(&entry, 1, timeoutMs == kNoTimeLimit ? nullptr : &left, nullptr);
+    const int ready = ppoll(&entry, 1, deadline ? &left : nullptr, nullptr);
     if (ready >= 0) return ready > 0;
     if (errno != EINTR) return false;
   }
@@ -245,21 +266,38 @@ uint32_t RegisterMessageName(PathView name) {
 
 size_t DispatchThreadMessages() {
   const std::shared_ptr<ThreadQueue> queue = tThread.Existing();
+  if (!queue) return 0;
+  // Cleared before taking: any post from now on wakes the thread again.
+  queue->ClearWake();
   size_t count = 0;
   PostedMessage posted;
-  while (queue && queue->Pop(posted)) {
-    // Held for the call, so a handler may destroy its own window.
-    const HandlerPtr handler = Windows().HandlerOf(posted.Window);
-    if (!handler) continue;
-    (*handler)(posted.Window, posted.Message);
-    ++count;
+  try {
+    while (queue->Pop(posted)) {
+      // Held for the call, so a handler may destroy its own window.
+      const HandlerPtr handler = Windows().HandlerOf(posted.Window);
+      if (!handler) continue;
+      (*handler)(posted.Window, posted.Message);
+      ++count;
+    }
+  } catch (...) {
+    // The messages after the failing one still wait, and say so.
+    if (!queue->Empty()) queue->Wake();
+    throw;
   }
   return count;
 }
 
 bool WaitThreadMessage(uint32_t timeoutMs) {
   const std::shared_ptr<ThreadQueue> queue = tThread.Queue();
-  return queue && WaitReadable(queue->Descriptor(), timeoutMs);
+  if (!queue) return false;
+  std::optional<Clock::time_point> deadline;
+  if (timeoutMs != kNoTimeLimit) deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+  // A wake may outlive the messages that caused it: clear it and wait on.
+  while (queue->Empty()) {
+    if (!WaitReadable(queue->Descriptor(), deadline)) return false;
+    queue->ClearWake();
+  }
+  return true;
 }
 
 int ThreadMessageDescriptor() {
