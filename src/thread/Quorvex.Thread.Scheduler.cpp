@@ -6,7 +6,7 @@ namespace Quorvex::Thread::Scheduler {
 
 namespace {
 
-using TQueueHandle = Detail::Locked<TThreadScheduler::TActionQueue*>;
+using TQueueHandle = Locked<TThreadScheduler::TActionQueue*>;
 
 // Holds a locked queue for the scope, so the lock is left also when the
 // work under it raises.

@@ -5,14 +5,12 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
-#include <memory>
-#include <mutex>
-#include <utility>
 
 #include "Quorvex.Rtl.Messages.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
+#include "Quorvex.Rtl.Queues.hpp"
 #include "Quorvex.System.Actions.hpp"
+#include "Quorvex.Thread.Locked.hpp"
 
 namespace Quorvex::Thread::Scheduler {
 
@@ -22,47 +20,9 @@ using Rtl::Objects::IInterface;
 using Rtl::Objects::IntfPtr;
 using Rtl::Objects::TGUID;
 using Rtl::Objects::TInterfacedObject;
+using Rtl::Queues::TQueue;
 using System::Actions::IAction;
-
-namespace Detail {
-// A first-in first-out queue and a value under a re-entrant lock, with
-// the interfaces of the library's own, in use here until those land.
-template <typename T>
-class TQueue : public Rtl::Objects::TObject {
- public:
-  void Enqueue(T value) { FItems.push_back(std::move(value)); }
-  bool TryDequeue(T& value) {
-    if (FItems.empty()) return false;
-    value = std::move(FItems.front());
-    FItems.pop_front();
-    return true;
-  }
-
- private:
-  std::deque<T> FItems;
-};
-
-template <typename T>
-class Locked {
- public:
-  Locked(T value) : FState(std::make_shared<TState>(std::move(value))) {}  // NOLINT(google-explicit-constructor)
-  operator T() const { return FState->Value; }                             // NOLINT(google-explicit-constructor)
-  void Acquire() const { FState->Lock.lock(); }
-  void Release() const { FState->Lock.unlock(); }
-  void Free() const {
-    const std::lock_guard hold(FState->Lock);
-    Rtl::Objects::FreeObject(std::exchange(FState->Value, nullptr));
-  }
-
- private:
-  struct TState {
-    explicit TState(T value) : Value(std::move(value)) {}
-    std::recursive_mutex Lock;
-    T Value;
-  };
-  std::shared_ptr<TState> FState;
-};
-}  // namespace Detail
+using Thread::Locked::Locked;
 
 // Hands actions to the thread a scheduler belongs to.
 class IThreadScheduler : public virtual IInterface {
@@ -88,7 +48,7 @@ class QXRTL_API TThreadScheduler : public TInterfacedObject, public IThreadSched
   QX_CLASS(TThreadScheduler, TInterfacedObject, "Quorvex.Thread.Scheduler")
   QX_INTERFACES(IThreadScheduler)
  public:
-  using TActionQueue = Detail::TQueue<IntfPtr<IAction<>>>;
+  using TActionQueue = TQueue<IntfPtr<IAction<>>>;
 
   // Makes the hidden window on the calling thread; `AThreadID` names the
   // thread whose Schedule calls run at once, normally the calling thread.
@@ -113,7 +73,7 @@ class QXRTL_API TThreadScheduler : public TInterfacedObject, public IThreadSched
  private:
   uint32_t FThreadID;
   TWindowHandle FWnd = 0;
-  Detail::Locked<TActionQueue*> FQueue;
+  Locked<TActionQueue*> FQueue;
 };
 
 }  // namespace Quorvex::Thread::Scheduler
