@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -14,6 +14,7 @@
 #include "Quorvex.Rtl.Exceptions.hpp"
 #include "Quorvex.Rtl.Messages.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Thread.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Messages {
 namespace {
@@ -23,8 +24,7 @@ using Exceptions::EOSError;
 using Strings::UnicodeString;
 
 constexpr uint32_t kPing = WmUser + 1;
-// Generous, so that a loaded machine never trips it; waits end far sooner.
-constexpr uint32_t kPatienceMs = 60000;
+constexpr auto kPatienceMs = static_cast<uint32_t>(std::chrono::milliseconds(Testing::kPatience).count());
 
 struct TReceived {
   uint32_t Msg;
@@ -60,7 +60,10 @@ class TRecordingWindow {
   TWindowHandle FHandle;
 };
 
-void OnOtherThread(const std::function<void()>& body) { std::thread(body).join(); }
+// Runs `body` on a thread of its own until that thread has ended.
+void OnOtherThread(std::function<void()> body) {
+  EXPECT_TRUE(Testing::EndsOnItsOwnThread(std::move(body))) << "the thread did not end";
+}
 
 UnicodeString OSErrorText(uint32_t code) {
   return Strings::Format(u"System Error.  Code: %d.\r\n%s", code, Exceptions::SysErrorMessage(code));
@@ -70,12 +73,12 @@ TEST(RtlMessagesTest, PostsFromOtherThreadsRunOnTheOwnerOnlyWhenItPumps) {
   constexpr int kSenders = 4;
   constexpr int kEach = 250;
   TRecordingWindow window;
-  std::vector<std::thread> senders;
+  std::vector<std::unique_ptr<Testing::TWatchedThread>> senders;
   for (int sender = 0; sender < kSenders; ++sender)
-    senders.emplace_back([&window, sender] {
+    senders.push_back(std::make_unique<Testing::TWatchedThread>([&window, sender] {
       for (int i = 0; i < kEach; ++i) EXPECT_TRUE(PostMessage(window.Handle(), kPing, sender, i));
-    });
-  for (std::thread& sender : senders) sender.join();
+    }));
+  for (const auto& sender : senders) ASSERT_TRUE(sender->Ends());
   EXPECT_TRUE(window.Received().empty()) << "nothing runs before the owner pumps";
 
   EXPECT_EQ(ProcessMessages(), size_t{kSenders * kEach});
@@ -98,9 +101,9 @@ TEST(RtlMessagesTest, WaitingForMessages) {
   EXPECT_EQ(ProcessMessages(), 1u);
   EXPECT_FALSE(WaitMessage(0));
 
-  std::thread sender([&window] { PostMessage(window.Handle(), kPing, 3, 4); });
+  Testing::TWatchedThread sender([&window] { PostMessage(window.Handle(), kPing, 3, 4); });
   EXPECT_TRUE(WaitMessage(kPatienceMs));
-  sender.join();
+  EXPECT_TRUE(sender.Ends());
   EXPECT_EQ(ProcessMessages(), 1u);
   const uint32_t self = GetCurrentThreadId();
   EXPECT_EQ(window.Received(), (std::vector<TReceived>{{kPing, 1, 2, self}, {kPing, 3, 4, self}}));
@@ -126,10 +129,10 @@ TEST(RtlMessagesTest, DescriptorIsReadableWhileMessagesWait) {
   EXPECT_EQ(ProcessMessages(), 2u);
   EXPECT_FALSE(Readable(fd));
 
-  std::thread sender([&window] { PostMessage(window.Handle(), kPing, 3, 0); });
+  Testing::TWatchedThread sender([&window] { PostMessage(window.Handle(), kPing, 3, 0); });
   pollfd entry{fd, POLLIN, 0};
   EXPECT_EQ(poll(&entry, 1, static_cast<int>(kPatienceMs)), 1) << "a blocked poll wakes for a post";
-  sender.join();
+  EXPECT_TRUE(sender.Ends());
   EXPECT_EQ(MessageFd(), fd) << "one descriptor for the thread's life";
   EXPECT_EQ(ProcessMessages(), 1u);
   EXPECT_FALSE(Readable(fd));

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Quorvex.Rtl.Exceptions.hpp"
@@ -11,6 +13,7 @@
 #include "Quorvex.System.Actions.hpp"
 #include "Quorvex.TestSupport.hpp"
 #include "Quorvex.Thread.Scheduler.hpp"
+#include "Quorvex.Thread.TestSupport.hpp"
 
 namespace Quorvex::Thread::Scheduler {
 namespace {
@@ -21,8 +24,7 @@ using Rtl::Messages::ProcessMessages;
 using Rtl::Objects::CreateObject;
 using System::Actions::TAnonAction;
 
-// Generous, so that a loaded machine never trips it; waits end far sooner.
-constexpr uint32_t kPatienceMs = 60000;
+constexpr auto kPatienceMs = static_cast<uint32_t>(std::chrono::milliseconds(Testing::kPatience).count());
 
 IntfPtr<IAction<>> Action(std::function<void()> body) { return CreateObject<TAnonAction<>>(std::move(body)); }
 
@@ -40,7 +42,10 @@ class TCountedAction : public TInterfacedObject, public IAction<> {
   std::atomic<int>& FDestroyed;
 };
 
-void OnOtherThread(const std::function<void()>& body) { std::thread(body).join(); }
+// Runs `body` on a thread of its own until that thread has ended.
+void OnOtherThread(std::function<void()> body) {
+  EXPECT_TRUE(Testing::EndsOnItsOwnThread(std::move(body))) << "the thread did not end";
+}
 
 // Schedules each action from a thread of its own, in order.
 void ScheduleFromWorker(const IntfPtr<IThreadScheduler>& scheduler, const std::vector<IntfPtr<IAction<>>>& actions) {
@@ -136,7 +141,7 @@ TEST(ThreadSchedulerTest, DestroyingTheSchedulerReleasesQueuedActionsUnrun) {
     if (onOwner)
       scheduler.Reset();
     else
-      std::thread([released = std::move(scheduler)]() mutable { released.Reset(); }).join();
+      OnOtherThread([released = std::move(scheduler)]() mutable { released.Reset(); });
     EXPECT_EQ(destroyed, 2);
     // Off its thread the window outlives the scheduler until the first
     // message reaches it, and then destroys itself with the rest unread.
@@ -157,17 +162,17 @@ TEST(ThreadSchedulerTest, OwnerPumpingWhileFourThreadsSchedule) {
     uint32_t Thread;
   };
   std::vector<TRun> runs;
-  std::vector<std::thread> producers;
+  std::vector<std::unique_ptr<Testing::TWatchedThread>> producers;
   for (int producer = 0; producer < kProducers; ++producer)
-    producers.emplace_back([&, producer] {
+    producers.push_back(std::make_unique<Testing::TWatchedThread>([&, producer] {
       for (int i = 0; i < kEach; ++i)
         scheduler->Schedule(Action([&runs, producer, i] { runs.push_back({producer, i, GetCurrentThreadId()}); }));
-    });
+    }));
   while (runs.size() < size_t{kProducers * kEach}) {
     ASSERT_TRUE(Rtl::Messages::WaitMessage(kPatienceMs)) << runs.size() << " actions ran, then nothing came";
     ProcessMessages();
   }
-  for (std::thread& producer : producers) producer.join();
+  for (const auto& producer : producers) ASSERT_TRUE(producer->Ends());
   ProcessMessages();
   ASSERT_EQ(runs.size(), size_t{kProducers * kEach}) << "nothing run twice";
   std::vector<int> next(kProducers, 0);
@@ -180,20 +185,20 @@ TEST(ThreadSchedulerTest, OwnerPumpingWhileFourThreadsSchedule) {
 TEST(ThreadSchedulerTest, AnActionMayScheduleAnotherFromInsideTheBatch) {
   const IntfPtr<IThreadScheduler> scheduler = TThreadScheduler::FromCurrentThreadContext();
   std::vector<std::string> log;
-  std::thread late;
+  std::optional<Testing::TWatchedThread> late;
   const auto inner = Action([&log] { log.push_back("inner"); });
   ScheduleFromWorker(scheduler, {Action([&] {
                        log.push_back("outer begins");
                        scheduler->Schedule(inner);
                        // Another thread's Schedule waits for the batch to end.
-                       late = std::thread([&] { scheduler->Schedule(Action([&log] { log.push_back("late"); })); });
+                       late.emplace([&] { scheduler->Schedule(Action([&log] { log.push_back("late"); })); });
                        log.push_back("outer ends");
                      })});
   ProcessMessages();
   ASSERT_GE(log.size(), 3u);
   EXPECT_EQ(std::vector<std::string>(log.begin(), log.begin() + 3),
             (std::vector<std::string>{"outer begins", "inner", "outer ends"}));
-  late.join();
+  ASSERT_TRUE(late && late->Ends());
   ProcessMessages();
   EXPECT_EQ(log, (std::vector<std::string>{"outer begins", "inner", "outer ends", "late"}));
 }
