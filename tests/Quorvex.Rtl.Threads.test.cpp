@@ -8,9 +8,9 @@
 #include <thread>
 #include <vector>
 
-#include "Quorvex.Rtl.Threads.TestSupport.hpp"
 #include "Quorvex.Rtl.Threads.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Thread.TestSupport.hpp"
 
 namespace Quorvex::Rtl::Threads {
 namespace {

@@ -1,18 +1,67 @@
-// Helpers for the threaded tests: threads watched with a generous time-out,
-// so that a lock never left or a wake-up never sent fails a test instead of
-// hanging the whole run.
+// Helpers for tests that cross threads. Nothing here sleeps: threads wait
+// on a counter, and every wait has a time-out far beyond what a loaded
+// machine needs, so that a fault fails the test instead of hanging it.
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <future>
+#include <mutex>
 #include <thread>
 #include <utility>
 
 namespace Quorvex::Testing {
 
-// Long enough for any wait that must succeed on a loaded machine.
-constexpr std::chrono::seconds kPatience{30};
+// How long a test waits for something that must happen.
+constexpr std::chrono::seconds kPatience{60};
+// How long a test watches for something that must not happen. Failing to
+// see it proves nothing by itself; seeing it is always a fault.
+constexpr std::chrono::milliseconds kWatch{50};
+
+// A count that threads raise and others wait on.
+class TTestCounter {
+ public:
+  void Add(int amount = 1) {
+    {
+      std::lock_guard lock(FLock);
+      FValue += amount;
+    }
+    FChanged.notify_all();
+  }
+
+  int Value() const {
+    std::lock_guard lock(FLock);
+    return FValue;
+  }
+
+  // True once the count reaches `target`; false when `timeout` passes first.
+  bool Reaches(int target, std::chrono::milliseconds timeout = kPatience) {
+    std::unique_lock lock(FLock);
+    return FChanged.wait_for(lock, timeout, [&] { return FValue >= target; });
+  }
+
+  // True when the count is still below `target` after `kWatch`.
+  bool StaysBelow(int target) { return !Reaches(target, kWatch); }
+
+ private:
+  mutable std::mutex FLock;
+  std::condition_variable FChanged;
+  int FValue = 0;
+};
+
+// Polls `ready` (yielding between looks) until it holds or kPatience passes,
+// for conditions nobody signals, such as a flag inside the library.
+template <typename Ready>
+bool Eventually(Ready ready) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (!ready())
+    if (std::chrono::steady_clock::now() > deadline)
+      return false;
+    else
+      std::this_thread::yield();
+  return true;
+}
 
 // Runs `work` on a thread of its own from construction on. A thread that
 // does not end within the patience (it waits for something that never

@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "Quorvex.Rtl.Threads.TestSupport.hpp"
 #include "Quorvex.TestSupport.hpp"
+#include "Quorvex.Thread.TestSupport.hpp"
 #include "Quorvex.Thread.ThreadPool.hpp"
 
 namespace Quorvex::Thread::ThreadPool {
