@@ -26,7 +26,7 @@ using Threads::CurrentThreadID;
 using Strings::UnicodeString;
 
 constexpr uint32_t kPing = WmUser + 1;
-constexpr auto kPatienceMs = static_cast<uint32_t>(std::chrono::milliseconds(Testing::kPatience).count());
+using Testing::kPatienceMs;
 
 struct TReceived {
   uint32_t Msg;

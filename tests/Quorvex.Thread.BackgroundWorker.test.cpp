@@ -21,7 +21,7 @@ using Rtl::Threads::CurrentThreadID;
 using Testing::TTestCounter;
 using ThreadPool::TThreadPool;
 
-constexpr auto kPatienceMs = static_cast<uint32_t>(std::chrono::milliseconds(Testing::kPatience).count());
+using Testing::kPatienceMs;
 
 IntfPtr<IThreadPool> NewPool() { return CreateObject<TThreadPool>(2, 4); }
 

@@ -25,7 +25,7 @@ using Rtl::Messages::ProcessMessages;
 using Rtl::Objects::CreateObject;
 using System::Actions::TAnonAction;
 
-constexpr auto kPatienceMs = static_cast<uint32_t>(std::chrono::milliseconds(Testing::kPatience).count());
+using Testing::kPatienceMs;
 
 IntfPtr<IAction<>> Action(std::function<void()> body) { return CreateObject<TAnonAction<>>(std::move(body)); }
 

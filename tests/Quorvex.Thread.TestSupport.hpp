@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -15,6 +16,8 @@ namespace Quorvex::Testing {
 
 // How long a test waits for something that must happen.
 constexpr std::chrono::seconds kPatience{60};
+// The same in milliseconds, for the library's waits.
+constexpr auto kPatienceMs = static_cast<uint32_t>(std::chrono::milliseconds(kPatience).count());
 // How long a test watches for something that must not happen. Failing to
 // see it proves nothing by itself; seeing it is always a fault.
 constexpr std::chrono::milliseconds kWatch{50};
