@@ -34,7 +34,18 @@ void PumpUntil(Done done) {
   }
 }
 
-TEST(BackgroundWorkerTest, ReportsProgressAndItsEndOnTheMakingThread) {
+// Workers leave messages behind (one per delivery, the first delivers all)
+// and their schedulers' windows go on this thread's next pump; both are
+// cleared here so that later tests find an empty queue.
+class BackgroundWorkerTest : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    while (Rtl::Messages::ProcessMessages() > 0) {
+    }
+  }
+};
+
+TEST_F(BackgroundWorkerTest, ReportsProgressAndItsEndOnTheMakingThread) {
   const IntfPtr<IThreadPool> pool = NewPool();
   const uint32_t owner = CurrentThreadID();
   const auto worker = NewBackgroundWorker<int>([owner](TBackgroundWorkerBase& self) {
@@ -65,7 +76,7 @@ TEST(BackgroundWorkerTest, ReportsProgressAndItsEndOnTheMakingThread) {
   EXPECT_RAISES(EArgumentException, worker->Start(nullptr), u"Cannot start on a nil pool");
 }
 
-TEST(BackgroundWorkerTest, EndsWithTheFailureOrTheCancellation) {
+TEST_F(BackgroundWorkerTest, EndsWithTheFailureOrTheCancellation) {
   const IntfPtr<IThreadPool> pool = NewPool();
   const auto failing = NewBackgroundWorker<int>([](TBackgroundWorkerBase& self) {
     self.ReportProgress(101, u"too far");
