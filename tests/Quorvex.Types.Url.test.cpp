@@ -1,16 +1,21 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 #include "Quorvex.Types.Url.hpp"
 
@@ -144,28 +149,42 @@ TEST(TypesUrlTest, VerifyUrl) {
 }
 
 #if !defined(_WIN32)
-// A stand-in xdg-open first on PATH records what it was asked to open.
+// Reads what a writer puts into the FIFO `fd` until it closes it, waiting
+// at most a minute for each piece.
+std::string ReadUntilClosed(int fd) {
+  std::string text;
+  pollfd watch{fd, POLLIN, 0};
+  char buffer[256];
+  while (::poll(&watch, 1, 60'000) > 0) {
+    const ssize_t count = ::read(fd, buffer, sizeof buffer);
+    if (count <= 0) break;
+    text.append(buffer, static_cast<size_t>(count));
+  }
+  return text;
+}
+
+// A stand-in xdg-open first on PATH writes what it was asked to open into
+// a FIFO the test reads, so the test waits for the opener, not for a clock.
 TEST(TypesUrlTest, GoUrlHandsTheUrlToTheOpener) {
   namespace fs = std::filesystem;
   std::string folderName = (fs::temp_directory_path() / "qx-gourl-XXXXXX").string();
   const fs::path folder = ::mkdtemp(folderName.data());
-  const fs::path record = folder / "opened.txt";
-  std::ofstream(folder / "xdg-open") << "#!/bin/sh\nprintf '%s' \"$1\" > \"$0.tmp\" && mv \"$0.tmp\" " << record
-                                     << "\n";
+  const fs::path record = folder / "opened";
+  ASSERT_EQ(::mkfifo(record.c_str(), 0600), 0);
+  std::ofstream(folder / "xdg-open") << "#!/bin/sh\nprintf '%s' \"$1\" > " << record << "\n";
   fs::permissions(folder / "xdg-open", fs::perms::owner_all);
   const std::string oldPath = std::getenv("PATH");
   ::setenv("PATH", (folder.string() + ":" + oldPath).c_str(), 1);
-  const auto opened = [&record] {
-    for (int i = 0; i < 400 && !fs::exists(record); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    std::ifstream in(record);
-    std::string text(std::istreambuf_iterator<char>(in), {});
-    fs::remove(record);
+  const auto opened = [&record](const auto& go) {
+    // Open before the opener runs: its write waits for this reader.
+    const int fd = ::open(record.c_str(), O_RDONLY | O_NONBLOCK);
+    go();
+    std::string text = ReadUntilClosed(fd);
+    ::close(fd);
     return text;
   };
-  TUrl::GoUrl(u"example.com:8080/a b?x=1");
-  EXPECT_EQ(opened(), "http://example.com:8080/a b?x=1");
-  TUrl::GoUrl(TUrl(u"https://example.com:80/\u00E9"));
-  EXPECT_EQ(opened(), "https://example.com/\xC3\xA9");
+  EXPECT_EQ(opened([] { TUrl::GoUrl(u"example.com:8080/a b?x=1"); }), "http://example.com:8080/a b?x=1");
+  EXPECT_EQ(opened([] { TUrl::GoUrl(TUrl(u"https://example.com:80/\u00E9")); }), "https://example.com/\xC3\xA9");
   ::setenv("PATH", oldPath.c_str(), 1);
   fs::remove_all(folder);
 }
