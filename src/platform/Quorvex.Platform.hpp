@@ -113,6 +113,10 @@ constexpr uint32_t fmOpenReadWrite = 0x0002;
 constexpr uint32_t fmShareExclusive = 0x0010;
 constexpr uint32_t fmShareDenyWrite = 0x0020;
 constexpr uint32_t fmShareDenyNone = 0x0040;
+// The library's own whole-file reads: others may read, write, delete or
+// replace the file meanwhile (on Windows FILE_SHARE_DELETE too, so an
+// atomic save over a file being read goes through).
+constexpr uint32_t fmShareAll = 0x0050;
 
 // Opens an existing file. As on Windows, a folder never opens as a file
 // (EISDIR elsewhere), and a file with the read-only attribute never opens

@@ -245,7 +245,7 @@ UnicodeString ExpandFileName(UnicodeStringView fileName) { return Platform::Full
 UnicodeString GetCurrentDir() { return Platform::CurrentDirectory(); }
 
 RawByteString ReadFileBytes(UnicodeStringView fileName) {
-  const Platform::FileHandle file = Platform::FileOpen(fileName, Platform::fmOpenRead);
+  const Platform::FileHandle file = Platform::FileOpen(fileName, Platform::fmOpenRead | Platform::fmShareAll);
   if (file == Platform::InvalidFile) {
     throw Exceptions::EFOpenError(FileErrorMessage(u"Cannot open file \"%s\". %s", fileName));
   }

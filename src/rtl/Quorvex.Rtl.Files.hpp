@@ -118,9 +118,10 @@ QXRTL_API UnicodeString ExpandFileName(UnicodeStringView fileName);
 // The process's current folder.
 QXRTL_API UnicodeString GetCurrentDir();
 
-// The whole content of a file. Raises EFOpenError "Cannot open file
-// \"%s\". %s" (name, system message) when it cannot be opened, EReadError
-// "Stream read error" when reading fails.
+// The whole content of a file. Others may read, write or replace the file
+// meanwhile, so a save never fails for a read. Raises EFOpenError "Cannot
+// open file \"%s\". %s" (name, system message) when it cannot be opened,
+// EReadError "Stream read error" when reading fails.
 QXRTL_API RawByteString ReadFileBytes(UnicodeStringView fileName);
 
 // Creates or truncates a file and writes `bytes`. Raises EFCreateError

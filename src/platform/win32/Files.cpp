@@ -97,10 +97,15 @@ FileHandle FileOpen(PathView path, uint32_t mode) {
   static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
   // Indexed by the share bits; 0 (no share mode given) locks others out
   // like fmShareExclusive.
-  static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
+  static constexpr DWORD kShare[] = {0,
+                                     0,
+                                     FILE_SHARE_READ,
+                                     FILE_SHARE_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE};
   const uint32_t access = mode & 3;
   const uint32_t share = (mode & 0xF0) >> 4;
-  if (access > 2 || share > 4) {
+  if (access > 2 || share > 5) {
     ::SetLastError(ERROR_INVALID_PARAMETER);
     return InvalidFile;
   }
@@ -141,7 +146,15 @@ bool ReplaceFile(PathView from, PathView to) {
   const Win32::WidePath source(from);
   const Win32::WidePath target(to);
   if (!source || !target || IsReadOnlyFile(target)) return false;
-  return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+  // A reader, a virus scanner or an indexer may hold the old file open for
+  // a moment, which refuses the replacement; it is tried again for about a
+  // tenth of a second before it counts as failed.
+  for (DWORD pause = 1;; pause *= 2) {
+    if (MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
+    const DWORD error = ::GetLastError();
+    if ((error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION) || pause > 64) return false;
+    ::Sleep(pause);
+  }
 }
 
 int64_t FileRead(FileHandle file, void* buffer, int64_t count) {
