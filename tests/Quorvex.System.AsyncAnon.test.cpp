@@ -101,7 +101,7 @@ TEST(AsyncCallbackTest, CancellationEndsItOnlyWhenTheWorkSeesIt) {
 }
 
 TEST(AsyncCallbackTest, RunsOnAPoolAndSeesThePoolCancelled) {
-  const IntfPtr<IThreadPool> pool = CreateObject<TThreadPool>(1, 4);
+  IntfPtr<IThreadPool> pool = CreateObject<TThreadPool>(1, 4);
   TTestCounter started;
   const auto looping = NewAsyncCallback([&started](ICancellable& stop) {
     started.Add();
@@ -114,9 +114,13 @@ TEST(AsyncCallbackTest, RunsOnAPoolAndSeesThePoolCancelled) {
   pool->CancelAll();
   looping->Wait();
   EXPECT_EQ(looping->GetStatus(), TAsyncStatus::asCancelled);
-  // The queued one never runs; cancelling it ends it, so waiting returns.
+  // The queued one never runs: it waits in the queue until the pool goes,
+  // which cancels it; one scheduled now is cancelled at once.
   EXPECT_EQ(queued->GetStatus(), TAsyncStatus::asStarted);
-  queued->Cancel();
+  const auto late = NewAsyncCallback([] { return 2; });
+  pool->Schedule(late);
+  EXPECT_EQ(late->GetStatus(), TAsyncStatus::asCancelled);
+  pool.Reset();
   queued->Wait();
   EXPECT_EQ(queued->GetStatus(), TAsyncStatus::asCancelled);
 

@@ -11,6 +11,16 @@ namespace Quorvex::Thread::ThreadPool {
 // library's start-up and shut-down like every other unit.
 QX_UNIT(ThreadPoolUnit, u"Quorvex.Thread.ThreadPool", nullptr, nullptr);
 
+namespace {
+
+// Cancels the operation behind `action`, if it is one, so that whoever
+// waits for it is not left waiting for work the pool will never run.
+void CancelUnrun(const TPoolAction& action) {
+  if (const IntfPtr<IAsync> async = action.As<IAsync>()) async->Cancel();
+}
+
+}  // namespace
+
 int32_t TPoolThread::QueryInterface(const TGUID& iid, void** obj) {
   return Rtl::Objects::QueryInterfaceOf(this, this, iid, obj);
 }
@@ -39,7 +49,7 @@ int32_t TThreadPool::CountQueued() { return FQueuedItems.QueueSize(); }
 
 void TThreadPool::Schedule(const TPoolAction& action) {
   if (!action) throw Rtl::Exceptions::EArgumentException(u"Cannot schedule a nil action");
-  FQueuedItems.Push(action);
+  if (!FQueuedItems.Push(action)) CancelUnrun(action);
 }
 
 void TThreadPool::Schedule(const IntfPtr<IAsync>& async) {
@@ -61,6 +71,15 @@ void TThreadPool::FreeWorkers() {
   CancelAll();
   for (TPoolThread* worker : FThreads) Rtl::Objects::FreeObject(worker);
   FThreads.clear();
+  TPoolAction unrun;
+  while (FQueuedItems.Pop(unrun, 0)) {
+    try {
+      CancelUnrun(unrun);
+    } catch (...) {
+      // A pool going away has no one to tell that a cancellation failed;
+      // the other operations must still be cancelled.
+    }
+  }
 }
 
 }  // namespace Quorvex::Thread::ThreadPool

@@ -34,8 +34,8 @@ class IThreadPool : public virtual IInterface {
   // The number of items waiting in the queue, not counting those running.
   virtual int32_t CountQueued() = 0;
   // Queues `action`, waiting while the queue is full. Dropped silently
-  // once the pool is cancelled; a null action raises EArgumentException
-  // "Cannot schedule a nil action".
+  // once the pool is cancelled (an operation is cancelled then); a null
+  // action raises EArgumentException "Cannot schedule a nil action".
   virtual void Schedule(const TPoolAction& action) = 0;
   // Queues the IAction<ICancellable> of `async`; raises EIntfCastError
   // "Interface not supported" when it has none.
@@ -85,7 +85,8 @@ class QXRTL_API TThreadPool : public TInterfacedObject, public IThreadPool {
   // capacity must be at least 1 (<depth>)" for a depth below 1.
   TThreadPool(int32_t threadCount, int32_t queueDepth);
   // Cancels, waits for every worker to end, then releases the items still
-  // queued without running them. Never call it from a worker of the pool.
+  // queued without running them, cancelling those that are operations so
+  // their waits return. Never call it from a worker of the pool.
   ~TThreadPool() override;
 
   int32_t CountQueued() override;
