@@ -70,7 +70,7 @@ class TSchedulerOwner {
     FScheduler = own;
     FReady.Add();
     while (!FStop) {
-      Messages::WaitMessage(Messages::Infinite);
+      Messages::WaitMessage(Messages::kInfinite);
       Messages::ProcessMessages();
     }
     FReleased.WaitFor(1);

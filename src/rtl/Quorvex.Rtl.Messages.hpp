@@ -15,6 +15,7 @@
 
 #include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Strings.hpp"
+#include "Quorvex.Rtl.Threads.hpp"
 
 #pragma push_macro("PostMessage")
 #pragma push_macro("DefWindowProc")
@@ -34,7 +35,7 @@ using TWindowHandle = uintptr_t;
 inline constexpr uint32_t WmUser = 0x0400;
 
 // The time-out of WaitMessage that never ends.
-inline constexpr uint32_t Infinite = 0xFFFFFFFFu;
+using Threads::kInfinite;
 
 // A message as a window method receives it, with the window it went to;
 // the method may set Result.
@@ -78,7 +79,7 @@ QXRTL_API uint32_t RegisterWindowMessage(UnicodeStringView name);
 QXRTL_API size_t ProcessMessages();
 
 // Waits until a message waits for the calling thread, at most `timeoutMs`
-// milliseconds (Infinite: no limit); true when one waits, false when the
+// milliseconds (kInfinite: no limit); true when one waits, false when the
 // time ran out. Raises EOSError when the wait fails.
 QXRTL_API bool WaitMessage(uint32_t timeoutMs);
 

@@ -7,6 +7,7 @@
 
 #include "Quorvex.Rtl.Export.hpp"
 #include "Quorvex.Rtl.Objects.hpp"
+#include "Quorvex.Rtl.Threads.hpp"
 
 namespace Quorvex::System::WaitableEvent {
 
@@ -21,7 +22,7 @@ using Rtl::Strings::UnicodeStringView;
 using THandle = uintptr_t;
 
 // The time-out of a wait without end.
-constexpr uint32_t kInfinite = 0xFFFFFFFFu;
+using Rtl::Threads::kInfinite;
 
 // A manual-reset event that cannot be reset.
 class IWaitableEvent : public virtual IInterface {

@@ -31,6 +31,20 @@ class ILocked : public virtual IInterface {
   virtual void Free() = 0;
 };
 
+// Holds the lock of `locked` (a Locked<T>, or anything with Acquire and
+// Release) for a scope, and leaves it also when an exception ends the scope.
+template <typename L>
+class TLockHold {
+ public:
+  explicit TLockHold(L& locked) : FLocked(locked) { FLocked.Acquire(); }
+  ~TLockHold() { FLocked.Release(); }
+  TLockHold(const TLockHold&) = delete;
+  TLockHold& operator=(const TLockHold&) = delete;
+
+ private:
+  L& FLocked;
+};
+
 namespace Detail {
 // True for pointers to objects: those are what Free disposes of. Any other
 // value is only cleared.
@@ -62,8 +76,7 @@ class TLocked : public TInterfacedObject, public ILocked<T> {
   // racing with another, finds nothing left and does nothing.
   void Free() override {
     if (!FInitialized.load(std::memory_order_acquire)) return;
-    Acquire();
-    TReleaseOnExit release{this};
+    const TLockHold hold(*this);
     if (!FInitialized.load(std::memory_order_relaxed)) return;
     if constexpr (Detail::IsObjectReference<T>) Rtl::Objects::FreeObject(FValue);
     FValue = T{};
@@ -71,11 +84,6 @@ class TLocked : public TInterfacedObject, public ILocked<T> {
   }
 
  private:
-  struct TReleaseOnExit {
-    TLocked* Self;
-    ~TReleaseOnExit() { Self->Release(); }
-  };
-
   IntfPtr<TInterfacedObject> FLock;
   T FValue{};
   // True while FValue holds something Free must still dispose of; read

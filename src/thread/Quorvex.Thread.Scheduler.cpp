@@ -7,27 +7,15 @@ namespace Quorvex::Thread::Scheduler {
 
 namespace {
 
+using Thread::Locked::TLockHold;
 using TQueueHandle = Locked<TThreadScheduler::TActionQueue*>;
-
-// Holds a locked queue for the scope, so the lock is left also when the
-// work under it raises.
-class THold {
- public:
-  explicit THold(const TQueueHandle& queue) : FQueue(queue) { FQueue.Acquire(); }
-  ~THold() { FQueue.Release(); }
-  THold(const THold&) = delete;
-  THold& operator=(const THold&) = delete;
-
- private:
-  const TQueueHandle& FQueue;
-};
 
 // Runs every action waiting in `queue`, in order, each under a guard that
 // swallows whatever it raises. A queue already freed belongs to a
 // scheduler destroyed on another thread: its window goes now, on its own
 // thread.
 void RunQueued(const TQueueHandle& queue, TWindowHandle wnd) {
-  const THold hold(queue);
+  const TLockHold hold(queue);
   TThreadScheduler::TActionQueue* actions = queue;
   if (actions == nullptr) {
     Rtl::Messages::DeallocateHWnd(wnd);
@@ -94,7 +82,7 @@ void TThreadScheduler::Schedule(const IntfPtr<IAction<>>& AAction) {
     AAction->Run();
     return;
   }
-  const THold hold(FQueue);
+  const TLockHold hold(FQueue);
   static_cast<TActionQueue*>(FQueue)->Enqueue(AAction);
   // One message per action; a message lost here leaves the action for the
   // next one to find.
